@@ -1,0 +1,1 @@
+#include <kiocore/Export.h>

@@ -1,0 +1,1 @@
+# The installed tree: libraries, headers, programs, find_package(TRFoundation) and pkg-config.

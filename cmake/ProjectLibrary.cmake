@@ -1,0 +1,89 @@
+# project_library(NAME [SHARED|MODULE]
+#     SOURCES ...      compiled files
+#     HEADERS ...      public headers, below include/, installed as they lie there
+#     PUBLIC  ...      targets seen in our public headers
+#     PRIVATE ...      targets used only inside the sources
+#     NO_INSTALL)
+#
+# Declares one library of the house. A library may link only rooms that come before it in
+# PROJECT_ROOMS; anything else stops the configuration with advice.
+
+# Lowest first. Rooms of one line share a floor; within it the earlier stands lower.
+set(PROJECT_ROOMS
+    kiocore
+    PRQ kioappsupport kiomediatypes kioui_theme MF BE ZOL
+    VF kioui kioscripting kioscripting_jsc
+    TRFoundation TRFoundationUI
+    trhost_support trhost_media trhost_ui trhost)
+
+function(_project_check_direction name)
+    list(FIND PROJECT_ROOMS ${name} ours)
+    if(ours EQUAL -1)
+        message(FATAL_ERROR
+            "${name} has no place in the house. Add it to PROJECT_ROOMS in "
+            "cmake/ProjectLibrary.cmake, above everything that it stands on.")
+    endif()
+    foreach(dependency IN LISTS ARGN)
+        string(REGEX REPLACE "^(Host|TR)::" "" room "${dependency}")
+        list(FIND PROJECT_ROOMS ${room} theirs)
+        if(NOT theirs EQUAL -1 AND NOT theirs LESS ours)
+            message(FATAL_ERROR
+                "${name} may not link ${dependency}: it stands above ${name}. Let the upper "
+                "library hand an interface down instead, or move what both need into a room "
+                "that comes before ${name} in PROJECT_ROOMS (cmake/ProjectLibrary.cmake).")
+        endif()
+    endforeach()
+endfunction()
+
+function(project_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "SHARED;MODULE;NO_INSTALL" "" "SOURCES;HEADERS;PUBLIC;PRIVATE")
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "project_library(${name}): unknown words ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    _project_check_direction(${name} ${arg_PUBLIC} ${arg_PRIVATE})
+
+    if(arg_MODULE)
+        add_library(${name} MODULE ${arg_SOURCES})
+        set_target_properties(${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY
+            ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${PROJECT_MODULE_SUBDIR})
+    else()
+        add_library(${name} SHARED ${arg_SOURCES})
+        set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    endif()
+    if(name MATCHES "^TRFoundation")
+        add_library(TR::${name} ALIAS ${name})
+    else()
+        add_library(Host::${name} ALIAS ${name})
+    endif()
+
+    list(TRANSFORM arg_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    target_sources(${name} PRIVATE ${arg_HEADERS})
+    target_include_directories(${name}
+        PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE} $<BUILD_INTERFACE:project_options>)
+    if(NOT PROJECT_SANITIZERS)
+        target_link_options(${name} PRIVATE -Wl,-z,defs)  # a sanitizer's runtime lives in the program
+    endif()
+
+    if(NOT arg_NO_INSTALL)
+        if(arg_MODULE)
+            install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${PROJECT_MODULE_SUBDIR})
+        else()
+            install(TARGETS ${name} EXPORT TRFoundationTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+        endif()
+        if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include)
+            install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+        endif()
+    endif()
+endfunction()
+
+# project_test(NAME SOURCES ... LIBRARIES ...): one test program; ctest lists each of its cases.
+function(project_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;DEPENDS")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} test_support project_options GTest::gmock GTest::gtest_main)
+    if(arg_DEPENDS)
+        add_dependencies(${name} ${arg_DEPENDS})
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <BE/Serialization.h>
+#include <kiocore/filesupport/AtomicFile.h>
+
+namespace BE {
+
+/// Named values that the user may change, kept between runs. Unset ones read as the default given.
+///
+/// Threading: any thread.
+class KIO_EXPORT IProperties : public virtual kiocore::classref::Unknown {
+public:
+    static const CFUUIDBytes& InterfaceID();
+    ~IProperties() override;
+    virtual bool GetBool(const ImmutableString& inKey, bool inDefault) const = 0;
+    virtual void SetBool(const ImmutableString& inKey, bool inValue) = 0;
+    virtual UTF16String GetText(const ImmutableString& inKey, const UTF16String& inDefault) const = 0;
+    virtual void SetText(const ImmutableString& inKey, const UTF16String& inValue) = 0;
+    /// Back to unset.
+    virtual void Remove(const ImmutableString& inKey) = 0;
+};
+
+/// Bool, default false: cache files lie beside the media they belong to where that folder can be written.
+extern KIO_EXPORT const ImmutableString kPrefsMediaCacheFilesSideBySide; // "BE.Prefs.MediaCacheFilesSideBySide"
+
+/// Folders and policies of the media cache. Each folder getter stores the path (with or without a trailing
+/// separator) and returns 0, or returns a negative number and leaves outFolder when there is none.
+///
+/// Threading: any thread.
+class KIO_EXPORT IPreferences : public virtual kiocore::classref::Unknown {
+public:
+    static const CFUUIDBytes& InterfaceID();
+    ~IPreferences() override;
+
+    virtual int GetMediaCacheDatabaseFolder(UTF16String& outFolder) const = 0;
+    virtual int GetMediaCacheFilesFolder(UTF16String& outFolder) const = 0;
+    virtual int GetFirstMetadataCacheFolder(UTF16String& outFolder) const = 0;
+    virtual int GetSecondMetadataCacheFolder(UTF16String& outFolder) const = 0;
+    /// The folder in which "Peak Files" lies.
+    virtual int GetPeakFilesFolder(UTF16String& outFolder) const = 0;
+    /// The file whose bytes stand for the documents' locks; outside all cache folders.
+    virtual int GetDocumentLockFile(UTF16String& outPath) const = 0;
+    virtual kiocore::filesupport::Durability GetDurability() const = 0;
+    /// How many bytes of records the database may keep in memory.
+    virtual std::uint64_t GetRecordMemoryBudget() const = 0;
+
+    virtual void SetMediaCacheDatabaseFolder(const UTF16String& inFolder) = 0;
+    virtual void SetMediaCacheFilesFolder(const UTF16String& inFolder) = 0;
+    virtual void SetFirstMetadataCacheFolder(const UTF16String& inFolder) = 0;
+    virtual void SetSecondMetadataCacheFolder(const UTF16String& inFolder) = 0;
+    virtual void SetPeakFilesFolder(const UTF16String& inFolder) = 0;
+    virtual void SetDurability(kiocore::filesupport::Durability inDurability) = 0;
+    virtual void SetRecordMemoryBudget(std::uint64_t inBytes) = 0;
+
+    /// Reads inFile (missing = all defaults) and keeps later changes for Save.
+    /// @return 0; negative when the file is there but cannot be read: nothing changed, Save refuses to
+    ///     overwrite it.
+    virtual int Load(const UTF16String& inFile) = 0;
+    virtual int Save() = 0;
+    /// Sets every folder that was not set by the user (Set... or Load) to its place below a root:
+    /// "Media Cache", "Media Cache Files", "Metadata Cache", "Metadata Cache 2", the root itself for peaks,
+    /// and "Locks/documents.lock".
+    virtual void SetDefaultsBelow(const UTF16String& inRoot) = 0;
+};
+
+/// The back end: one for the process between Initialize and Shutdown.
+class KIO_EXPORT IBackend : public virtual kiocore::classref::Unknown {
+public:
+    static const CFUUIDBytes& InterfaceID();
+    ~IBackend() override;
+    virtual InterfaceRef<IPreferences> GetPreferences() = 0;
+    virtual InterfaceRef<IProperties> GetProperties() = 0;
+};
+
+/// Brings the back end up: registers the reader and writer classes. Counted; preferences outlive a
+/// Shutdown, as they are the user's.
+///
+/// Threading: the caller serialises both (the library does so under its lifecycle lock).
+KIO_EXPORT void Initialize();
+KIO_EXPORT void Shutdown();
+
+/// Never empty, also before Initialize: the host sets preferences before it brings the library up.
+KIO_EXPORT InterfaceRef<IBackend> GetBackend();
+/// Changes whenever a preference or property does, so that callers on hot paths can keep what they read.
+/// One acquire load.
+KIO_EXPORT std::uint32_t GetPreferencesChangeCount();
+
+} // namespace BE

@@ -1,0 +1,1 @@
+#include <BE/Serialization.h>

@@ -1,0 +1,1 @@
+#include <MF/FileManager.h>

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <kiocore/Export.h>
+#include <kiocore/utility/UTF16String.h>
+
+namespace ZOL {
+
+using kiocore::UTF16String;
+
+/// Taking paths apart, without asking the disk.
+///
+/// Threading: any thread.
+class KIO_EXPORT PathUtils {
+public:
+    static constexpr char16_t kPathSeparator = u'/';
+    /// Of the other platform that records may come from.
+    static constexpr char16_t kOppositePlatformPathSeparator = u'\\';
+
+    /// "" on this platform for any path.
+    static UTF16String GetDrivePart(const UTF16String& inPath);
+    /// "/a/b/" of "/a/b/c.wav" and of "/a/b/"; "" of "c.wav".
+    static UTF16String GetDirectoryPart(const UTF16String& inPath);
+    /// Drive and directory part.
+    static UTF16String GetFullDirectoryPart(const UTF16String& inPath);
+    /// "c.wav" of "/a/b/c.wav"; "" of "/a/b/".
+    static UTF16String GetFullFilePart(const UTF16String& inPath);
+    /// Without "." parts, doubled separators and, where they follow a name, ".." parts (which go with it);
+    /// "/.." is "/". A separator at the end stays. Purely textual: symbolic links are not looked at.
+    static UTF16String ToNormalizedPath(const UTF16String& inPath);
+    /// ".wav" of "/a/b.c/d.wav", "" when the file part has none (".hidden" has none).
+    static UTF16String GetExtension(const UTF16String& inPath);
+};
+
+} // namespace ZOL

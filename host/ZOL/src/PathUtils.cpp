@@ -1,0 +1,1 @@
+#include <ZOL/PathUtils.h>

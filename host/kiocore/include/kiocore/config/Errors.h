@@ -1,0 +1,82 @@
+#pragma once
+
+#include <kiocore/Export.h>
+#include <kiocore/utility/UTF16String.h>
+
+#include <cstdint>
+#include <exception>
+#include <string>
+
+namespace kiocore {
+
+/// Codes of the host libraries' own failures.
+enum ErrorCode : std::uint32_t {
+    kError_Generic = 0x80010000,
+    kError_NullReference = 0x80010001,
+    kError_BadGuidText = 0x80010002,
+    kError_NoRandomSource = 0x80010003,
+    kError_Startup = 0x80010004,
+    kError_File = 0x80010005,
+    kError_ClassNotRegistered = 0x80010006,
+    kError_Cancelled = 0x80010007,
+    kError_BadConversion = 0x80010008,
+    kError_BadArgument = 0x80010009,
+    kError_DamagedData = 0x8001000A,
+    kError_ObjectVersionTooOld = 0x8001000B,
+    kError_TypeMismatch = 0x8001000C,
+    kError_MapInsertion = 0x8001000D,
+    kError_BrokenPromise = 0x8001000E,
+};
+
+/// What the host's core throws: a text for people and a 32-bit code for programs.
+///
+/// Threading: a value; may be carried to another thread in an exception_ptr.
+class KIO_EXPORT kio_exception : public std::exception {
+public:
+    kio_exception(std::string inTextUTF8, std::uint32_t inCode);
+    kio_exception(utility::UTF16View inText, std::uint32_t inCode);
+    ~kio_exception() override;
+
+    const char* what() const noexcept override { return mText.c_str(); }
+    utility::UTF16String Text() const { return utility::ToUTF16(mText); }
+    std::uint32_t Code() const noexcept { return mCode; }
+
+private:
+    std::string mText;
+    std::uint32_t mCode;
+};
+
+/// A file operation failed. The text names the operation, the path and the system's reason.
+class KIO_EXPORT file_exception : public kio_exception {
+public:
+    /// @param inErrno  the system's error number.
+    file_exception(const char* inOperation, std::string_view inPathUTF8, int inErrno);
+    ~file_exception() override;
+    int Errno() const noexcept { return mErrno; }
+
+private:
+    int mErrno;
+};
+
+/// An empty reference was used as if it denoted an object of the named type.
+class KIO_EXPORT null_reference_exception : public kio_exception {
+public:
+    explicit null_reference_exception(const std::string& inTypeName);
+    ~null_reference_exception() override;
+};
+
+namespace config {
+
+/// Throws kio_exception (kError_Startup) with a localised message in which ^1 to ^4 stand for the
+/// four replacement values.
+/// @param inLevel          0 = the application cannot go on.
+/// @param inLocalisedText  "$$$/Key=English default".
+/// @param inNumberA, inNumberB  shown after the message when not 0.
+/// @param inFatal          noted in the trace; the caller's unwinding decides what happens.
+[[noreturn]] KIO_EXPORT void ThrowError(int inLevel, const char* inLocalisedText, int inNumberA, int inNumberB,
+                                        bool inFatal, const utility::UTF16String& inValue1,
+                                        const utility::UTF16String& inValue2, const utility::UTF16String& inValue3,
+                                        const utility::UTF16String& inValue4);
+
+} // namespace config
+} // namespace kiocore

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <kiocore/Export.h>
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kiocore::filesupport {
+
+/// The system calls by which the host libraries change files, in one place, so that a test can let any of
+/// them fail, write short, or end the process. Each works as the system's own: result and errno.
+///
+/// Threading: any thread.
+class KIO_EXPORT FileCalls {
+public:
+    virtual ~FileCalls();
+    virtual int Open(const char* inPath, int inFlags, mode_t inMode);
+    virtual int Close(int inFile);
+    virtual ssize_t Write(int inFile, const void* inBytes, std::size_t inSize);
+    virtual int Sync(int inFile);
+    virtual int SetTimes(int inFile, const timespec inTimes[2]);
+    virtual int ChangeMode(int inFile, mode_t inMode);
+    virtual int Rename(const char* inFrom, const char* inTo);
+    virtual int Unlink(const char* inPath);
+    virtual int UnlinkAt(int inFolder, const char* inName, int inFlags);
+};
+
+/// The calls in use: the system's, or the innermost replacement.
+KIO_EXPORT FileCalls& GetFileCalls();
+
+/// Replaces the calls for as long as it lives.
+class KIO_EXPORT ScReplaceFileCalls {
+public:
+    explicit ScReplaceFileCalls(FileCalls& inCalls);
+    ~ScReplaceFileCalls();
+    ScReplaceFileCalls(const ScReplaceFileCalls&) = delete;
+    ScReplaceFileCalls& operator=(const ScReplaceFileCalls&) = delete;
+
+private:
+    FileCalls* mPrevious;
+};
+
+} // namespace kiocore::filesupport
