@@ -61,15 +61,15 @@ TEST_F(Database, KeepsARecordUnderTheVersionsTag)
 TEST_F(Database, LooksForOlderTagsNewestFirst)
 {
     EXPECT_THAT(MediaAcceleratorDatabase::GetVersionTags(),
-                ElementsAre(3584, 3408, 3328, 3152, 3072, 2896, 2816, 2640, 2560, 2384, 2304, 2128, 2048, 1872, 1792, 1616,
-                            1536));
+                ElementsAre(3584, 3408, 3328, 3152, 3072, 2896, 2816, 2640, 2560, 2384, 2304, 2128, 2048,
+                            1872, 1792, 1616, 1536));
     const struct {
         const char* name;
         const char* suffix;
         int expected;
     } kCases[] = {
-        {"13.5", "3408", 0}, {"6.0", "1536", 0}, {"5.5", "1360", -1}, {"5.0", "1280", -1}, {"untagged", "", 0},
-        {"a newer version", "3840", -1},
+        {"13.5", "3408", 0}, {"6.0", "1536", 0},  {"5.5", "1360", -1},
+        {"5.0", "1280", -1}, {"untagged", "", 0}, {"a newer version", "3840", -1},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.name);
@@ -102,7 +102,8 @@ TEST_F(Database, AFileThatDoesNotOpenLeavesTheSearchToOlderOnes)
     std::filesystem::rename(RecordFile(kDocument), RecordFile(kDocument, "3408"));
     support::WriteFile(RecordFile(kDocument), "<truncated");
     EXPECT_EQ(Find(kDocument), 0);
-    support::WriteFile(RecordFile(kDocument), "<BackEndDocument Version=\"1\"></BackEndDocument>"); // well formed, no entry
+    support::WriteFile(RecordFile(kDocument),
+                       "<BackEndDocument Version=\"1\"></BackEndDocument>"); // well formed, no entry
     EXPECT_EQ(Find(kDocument), 0);
 }
 
@@ -116,7 +117,8 @@ TEST_F(Database, ADamagedRecordThrowsAndLeavesNothingBehind)
     support::WriteFile(RecordFile(kDocument), bad);
     UTF16String path = u"before";
     EXPECT_THROW(mDatabase->Find(kDocument, kState, 0, u"k", path), BE::exSerializeableTypeMismatch);
-    EXPECT_THROW(AddItem(kDocument, kState, 0, u"k", MakeCacheFile("b.cfa")), BE::exSerializeableTypeMismatch);
+    EXPECT_THROW(AddItem(kDocument, kState, 0, u"k", MakeCacheFile("b.cfa")),
+                 BE::exSerializeableTypeMismatch);
     EXPECT_EQ(path, u"before");
     EXPECT_EQ(support::ReadFile(RecordFile(kDocument)), bad);
     // No lock stayed held and nothing was cached.

@@ -59,7 +59,8 @@ class EntrySerialization : public support::MediaCacheFixture {
 protected:
     static EntryRef Read(const std::string& inDocument)
     {
-        const InterfaceRef<BE::IXMLFileReader> reader = ClassFactory::CreateClassInstanceRef(BE::kXMLFileReaderClassID);
+        const InterfaceRef<BE::IXMLFileReader> reader =
+            ClassFactory::CreateClassInstanceRef(BE::kXMLFileReaderClassID);
         EXPECT_GE(reader->OpenBytes(inDocument), 0) << reader->GetOpenError();
         InterfaceRef<BE::ISerializeable> object;
         EXPECT_TRUE(reader->GetDataReader().ReadObject("MediaAcceleratorDatabaseEntry", object));
@@ -67,18 +68,20 @@ protected:
     }
     static std::string Written(const EntryRef& inEntry)
     {
-        const InterfaceRef<BE::IXMLFileWriter> writer = ClassFactory::CreateClassInstanceRef(BE::kXMLFileWriterClassID);
+        const InterfaceRef<BE::IXMLFileWriter> writer =
+            ClassFactory::CreateClassInstanceRef(BE::kXMLFileWriterClassID);
         writer->GetDataWriter().WriteObject("MediaAcceleratorDatabaseEntry", inEntry);
         return writer->GetBytes();
     }
     static std::vector<std::string> StoredKeys(const EntryRef& inEntry)
     {
-        const InterfaceRef<BE::IXMLFileReader> reader = ClassFactory::CreateClassInstanceRef(BE::kXMLFileReaderClassID);
+        const InterfaceRef<BE::IXMLFileReader> reader =
+            ClassFactory::CreateClassInstanceRef(BE::kXMLFileReaderClassID);
         reader->OpenBytes(Written(inEntry));
         std::vector<std::string> keys;
-        reader->VisitStored("MediaAcceleratorDatabaseEntry", [&](std::string_view, std::string_view key, const UTF16String&) {
-            keys.emplace_back(key);
-        });
+        reader->VisitStored(
+            "MediaAcceleratorDatabaseEntry",
+            [&](std::string_view, std::string_view key, const UTF16String&) { keys.emplace_back(key); });
         return keys;
     }
     static std::vector<MediaAcceleratorItem> ItemsOf(const EntryRef& inEntry, const UTF16String& inStream)
@@ -90,8 +93,14 @@ protected:
 };
 
 struct KeySink final : BE::IDictionarySink {
-    void PutValue(const BE::ImmutableString& inKey, const UTF16String&) override { keys.push_back(inKey.AsString()); }
-    void PutValue(const BE::ImmutableString& inKey, const MF::BinaryData&) override { keys.push_back(inKey.AsString()); }
+    void PutValue(const BE::ImmutableString& inKey, const UTF16String&) override
+    {
+        keys.push_back(inKey.AsString());
+    }
+    void PutValue(const BE::ImmutableString& inKey, const MF::BinaryData&) override
+    {
+        keys.push_back(inKey.AsString());
+    }
     void PutValue(const BE::ImmutableString& inKey, const BE::ISerializeableValue&) override
     {
         keys.push_back(inKey.AsString());
@@ -105,10 +114,11 @@ TEST_F(EntrySerialization, WritesKeysInTheirOrderAndIndexBlocks)
     entry->AddItem(0u, {MakeCacheFile("a.cfa"), {}, u"a", true}, true);
     entry->AddItem(1u, {MakeCacheFile("b.cfa"), {}, u"b", false}, true);
     const std::vector<std::string> expected = {
-        "OriginalPath",      "OriginalMacPath", "OriginalWinPath", "Item.ContentState", "Stream.Count",
-        "Stream.ID.1",       "Item.Path.1",     "Item.MacPath.1",  "Item.WinPath.1",    "Item.Key.1",
-        "Item.ModDate.1",    "Item.CanBeCopied.1", "Item.Count.1", "Stream.ID.2",       "Item.Path.257",
-        "Item.MacPath.257",  "Item.WinPath.257",   "Item.Key.257", "Item.ModDate.257",  "Item.CanBeCopied.257",
+        "OriginalPath",     "OriginalMacPath", "OriginalWinPath",  "Item.ContentState",
+        "Stream.Count",     "Stream.ID.1",     "Item.Path.1",      "Item.MacPath.1",
+        "Item.WinPath.1",   "Item.Key.1",      "Item.ModDate.1",   "Item.CanBeCopied.1",
+        "Item.Count.1",     "Stream.ID.2",     "Item.Path.257",    "Item.MacPath.257",
+        "Item.WinPath.257", "Item.Key.257",    "Item.ModDate.257", "Item.CanBeCopied.257",
         "Item.Count.2"};
     EXPECT_EQ(StoredKeys(entry), expected);
     KeySink sink;
@@ -137,14 +147,17 @@ TEST_F(EntrySerialization, ReadsEveryVersion)
     const auto file = CacheFolder() / "a.cfa";
     const UTF16String path = MakeCacheFile("a.cfa");
     const std::string pathText = file.string();
-    const std::string common = "<UInt32 Key=\"Stream.Count\" Value=\"1\"/><String Key=\"Stream.ID.1\" Value=\"7\"/>"
-                               "<String Key=\"Item.Key.1\" Value=\"k\"/><Binary Key=\"Item.ModDate.1\" Value=\"" +
-                               HexTime(file) +
-                               "\"/><Bool Key=\"Item.CanBeCopied.1\" Value=\"true\"/><UInt32 Key=\"Item.Count.1\" Value=\"1\"/>";
-    const std::string oldPaths = "<String Key=\"OriginalPath\" Value=\"/old\"/><String Key=\"OriginalMacPath\" Value=\"/new\"/>"
-                                 "<String Key=\"OriginalWinPath\" Value=\"C:\\\\win\"/><String Key=\"Item.Path.1\" Value=\"" +
-                                 pathText + "\"/>";
-    const std::string state = "<Guid Key=\"Item.ContentState\" Value=\"11111111-2222-3333-4444-555555555555\"/>";
+    const std::string common =
+        "<UInt32 Key=\"Stream.Count\" Value=\"1\"/><String Key=\"Stream.ID.1\" Value=\"7\"/>"
+        "<String Key=\"Item.Key.1\" Value=\"k\"/><Binary Key=\"Item.ModDate.1\" Value=\"" +
+        HexTime(file) +
+        "\"/><Bool Key=\"Item.CanBeCopied.1\" Value=\"true\"/><UInt32 Key=\"Item.Count.1\" Value=\"1\"/>";
+    const std::string oldPaths =
+        "<String Key=\"OriginalPath\" Value=\"/old\"/><String Key=\"OriginalMacPath\" Value=\"/new\"/>"
+        "<String Key=\"OriginalWinPath\" Value=\"C:\\\\win\"/><String Key=\"Item.Path.1\" Value=\"" +
+        pathText + "\"/>";
+    const std::string state =
+        "<Guid Key=\"Item.ContentState\" Value=\"11111111-2222-3333-4444-555555555555\"/>";
     const std::string newPath = "<String Key=\"Item.MacPath.1\" Value=\"" + pathText + "\"/>";
     const struct {
         const char* name;
@@ -224,9 +237,10 @@ TEST_F(EntrySerialization, FileTimesBefore1970AndAfter2038RoundTrip)
 TEST_F(EntrySerialization, RebuildsPathsOfTheOtherPlatform)
 {
     const UTF16String media = WriteFile(mFolder / "media" / "a.mov", "m");
-    const std::string values = "<String Key=\"OriginalMacPath\" Value=\"" + (mFolder / "media" / "a.mov").string() +
-                               "\"/><UInt32 Key=\"Stream.Count\" Value=\"1\"/><UInt32 Key=\"Item.Count.1\" Value=\"1\"/>"
-                               "<String Key=\"Item.WinPath.1\" Value=\"D:\\\\cache\\\\a 48000.cfa\"/>";
+    const std::string values =
+        "<String Key=\"OriginalMacPath\" Value=\"" + (mFolder / "media" / "a.mov").string() +
+        "\"/><UInt32 Key=\"Stream.Count\" Value=\"1\"/><UInt32 Key=\"Item.Count.1\" Value=\"1\"/>"
+        "<String Key=\"Item.WinPath.1\" Value=\"D:\\\\cache\\\\a 48000.cfa\"/>";
     const struct {
         const char* name;
         bool sideBySide;
@@ -251,14 +265,14 @@ TEST_F(EntrySerialization, MissingKeysLeaveDefaultsButCanBeCopiedCarriesOver)
 {
     const auto winItem = [](int index, const std::string& more) {
         const std::string n = std::to_string(index);
-        return "<String Key=\"Item.WinPath." + n + "\" Value=\"C:\\\\" + n + "\"/><String Key=\"Item.Key." + n +
-               "\" Value=\"k" + n + "\"/>" + more;
+        return "<String Key=\"Item.WinPath." + n + "\" Value=\"C:\\\\" + n + "\"/><String Key=\"Item.Key." +
+               n + "\" Value=\"k" + n + "\"/>" + more;
     };
     const EntryRef entry = Read(Document(
         4, "<UInt32 Key=\"Stream.Count\" Value=\"2\"/><UInt32 Key=\"Item.Count.1\" Value=\"4\"/>"
            "<UInt32 Key=\"Item.Count.2\" Value=\"1\"/>" +
-               winItem(1, "") + winItem(2, "<Bool Key=\"Item.CanBeCopied.2\" Value=\"true\"/>") + winItem(3, "") +
-               "<String Key=\"Item.Key.4\" Value=\"no path\"/>" + winItem(257, "")));
+               winItem(1, "") + winItem(2, "<Bool Key=\"Item.CanBeCopied.2\" Value=\"true\"/>") +
+               winItem(3, "") + "<String Key=\"Item.Key.4\" Value=\"no path\"/>" + winItem(257, "")));
     const auto first = ItemsOf(entry, u"0");
     ASSERT_EQ(first.size(), 3u); // the one without any path did not survive
     EXPECT_FALSE(first[0].canBeCopied);
@@ -269,12 +283,13 @@ TEST_F(EntrySerialization, MissingKeysLeaveDefaultsButCanBeCopiedCarriesOver)
 
 TEST_F(EntrySerialization, DuplicateStreamsAndKeysKeepTheFirst)
 {
-    const EntryRef entry = Read(Document(
-        4, "<UInt32 Key=\"Stream.Count\" Value=\"2\"/><String Key=\"Stream.ID.1\" Value=\"s\"/>"
-           "<String Key=\"Stream.ID.2\" Value=\"s\"/><UInt32 Key=\"Item.Count.1\" Value=\"2\"/>"
-           "<UInt32 Key=\"Item.Count.2\" Value=\"1\"/>"
-           "<String Key=\"Item.WinPath.1\" Value=\"C:\\\\first\"/><String Key=\"Item.WinPath.2\" Value=\"C:\\\\second\"/>"
-           "<String Key=\"Item.WinPath.257\" Value=\"C:\\\\third\"/>"));
+    const EntryRef entry =
+        Read(Document(4, "<UInt32 Key=\"Stream.Count\" Value=\"2\"/><String Key=\"Stream.ID.1\" Value=\"s\"/>"
+                         "<String Key=\"Stream.ID.2\" Value=\"s\"/><UInt32 Key=\"Item.Count.1\" Value=\"2\"/>"
+                         "<UInt32 Key=\"Item.Count.2\" Value=\"1\"/>"
+                         "<String Key=\"Item.WinPath.1\" Value=\"C:\\\\first\"/><String "
+                         "Key=\"Item.WinPath.2\" Value=\"C:\\\\second\"/>"
+                         "<String Key=\"Item.WinPath.257\" Value=\"C:\\\\third\"/>"));
     const auto items = ItemsOf(entry, u"s");
     ASSERT_EQ(items.size(), 1u);
     EXPECT_EQ(items[0].winPath, u"C:\\first");
@@ -317,10 +332,19 @@ TEST_F(EntrySerialization, CountsBeyondTheValuesHeldAreDamageAndCheap)
 TEST_F(EntrySerialization, OddTextsSurviveFileAndMemory)
 {
     const UTF16String long32k(32768, u'ü');
-    const UTF16String kTexts[] = {
-        u"plain", u"  spaces ", u"\t\r\n", u"quote\" & <tag> 'x'", u"back\\slash \\u0041",
-        UTF16String(u"zero\0unit", 9), u"\u65e5\u672c\u8a9e", u"\U0001F3AC", UTF16String(1, u'\xD800'),
-        UTF16String(u"\xDC00\xD800", 2), UTF16String(1, u'\xFFFF'), u"\x0001\x001F\x007F\x0085", long32k};
+    const UTF16String kTexts[] = {u"plain",
+                                  u"  spaces ",
+                                  u"\t\r\n",
+                                  u"quote\" & <tag> 'x'",
+                                  u"back\\slash \\u0041",
+                                  UTF16String(u"zero\0unit", 9),
+                                  u"\u65e5\u672c\u8a9e",
+                                  u"\U0001F3AC",
+                                  UTF16String(1, u'\xD800'),
+                                  UTF16String(u"\xDC00\xD800", 2),
+                                  UTF16String(1, u'\xFFFF'),
+                                  u"\x0001\x001F\x007F\x0085",
+                                  long32k};
     const Guid document = support::NumberedGuid(2);
     const UTF16String file = MakeCacheFile("odd.cfa");
     for (const UTF16String& text : kTexts) {

@@ -29,8 +29,8 @@ using EntryRef = InterfaceRef<MediaAcceleratorDatabaseEntry>;
 const Guid kState("00000000-0000-0000-0000-000000000001");
 const Guid kOtherState("00000000-0000-0000-0000-000000000002");
 
-MediaAcceleratorItem Item(const UTF16String& inKey, const UTF16String& inPath, const UTF16String& inWinPath = {},
-                          bool inCanBeCopied = false)
+MediaAcceleratorItem Item(const UTF16String& inKey, const UTF16String& inPath,
+                          const UTF16String& inWinPath = {}, bool inCanBeCopied = false)
 {
     return {inPath, inWinPath, inKey, inCanBeCopied};
 }
@@ -52,7 +52,8 @@ TEST(MediaAcceleratorDatabaseEntry, FlagsFollowEachOperation)
     const UTF16String file = WriteFile(folder / "a", "a");
     const struct {
         const char* name;
-        std::function<void(MediaAcceleratorDatabaseEntry&)> operation; // on an entry with item 0/k, state kState
+        std::function<void(MediaAcceleratorDatabaseEntry&)>
+            operation; // on an entry with item 0/k, state kState
         bool expectedUpToDate;
         bool expectedModified;
     } kCases[] = {
@@ -111,7 +112,8 @@ TEST(MediaAcceleratorDatabaseEntry, ReplacesByPathAndKeepsTheOldWindowsPath)
         bool replace;
         MediaAcceleratorItem expected;
     } kCases[] = {
-        {"same path changes nothing", Item(u"k", u"/a", u"C:\\new", true), true, Item(u"k", u"/a", u"C:\\old", false)},
+        {"same path changes nothing", Item(u"k", u"/a", u"C:\\new", true), true,
+         Item(u"k", u"/a", u"C:\\old", false)},
         {"another path keeps the Windows path", Item(u"k", u"/b", u"C:\\new", true), true,
          Item(u"k", u"/b", u"C:\\old", true)},
         {"without replace the old one stays", Item(u"k", u"/b", u"C:\\new", true), false,
@@ -181,7 +183,8 @@ TEST(MediaAcceleratorDatabaseEntry, ForgetsNothingWhenAFileCannotBeDeleted)
     const TemporaryFolder folder;
     const EntryRef entry = MediaAcceleratorDatabaseEntry::Create(Guid());
     entry->AddItem(0u, Item(u"k", WriteFile(folder / "locked" / "a", "a")), true);
-    std::filesystem::permissions(folder / "locked", std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    std::filesystem::permissions(folder / "locked",
+                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
     entry->SetContentState(kState);
     EXPECT_THROW(entry->Clean(), kiocore::file_exception);
     EXPECT_EQ(entry->GetItemCount(), 1u);
@@ -221,9 +224,11 @@ TEST(MediaAcceleratorDatabaseEntry, AFailedTouchIsTracedAndFoundAllTheSame)
     EXPECT_EQ(entry->FindItem(0u, u"k", path), 0); // silent while the channel is off
     const support::TraceRecorder trace("MCDB", 8);
     EXPECT_EQ(entry->FindItem(0u, u"k", path), 0);
-    EXPECT_THAT(trace.Lines(),
-                ElementsAre("MediaAcceleratorDatabaseEntry::FindItem - FileUtils UpdateFileAccessTime threw an exception "
-                            "for path: /no/such/file\n"));
+    EXPECT_THAT(
+        trace.Lines(),
+        ElementsAre(
+            "MediaAcceleratorDatabaseEntry::FindItem - FileUtils UpdateFileAccessTime threw an exception "
+            "for path: /no/such/file\n"));
 }
 
 TEST(MediaAcceleratorDatabaseEntry, ACloneIsItsOwn)

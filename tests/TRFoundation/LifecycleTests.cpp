@@ -86,8 +86,9 @@ TEST(Lifecycle, RefusesAProcessorWithoutSSE)
             Library::Initialize();
             FAIL() << "no exception";
         } catch (const kiocore::kio_exception& error) {
-            EXPECT_STREQ(error.what(), "Cutting Room cannot run on this computer because the processor does not support "
-                                       "the SSE instruction set.");
+            EXPECT_STREQ(error.what(),
+                         "Cutting Room cannot run on this computer because the processor does not support "
+                         "the SSE instruction set.");
         }
         EXPECT_FALSE(TR::sLowPriorityRenderQueue);
     }
@@ -134,7 +135,9 @@ TEST(Lifecycle, AsksTheResolverAndAnswersUnknownWithoutOne)
 {
     Guid document("00000000-0000-0000-0000-000000000001");
     Guid state("00000000-0000-0000-0000-000000000002");
-    const auto ask = [&](bool flag) { return Library::GetDocumentIDAndContentStateFromPath(u"abc", flag, document, state); };
+    const auto ask = [&](bool flag) {
+        return Library::GetDocumentIDAndContentStateFromPath(u"abc", flag, document, state);
+    };
     EXPECT_EQ(ask(true), -1);
     EXPECT_EQ(document, Guid("00000000-0000-0000-0000-000000000001"));
     EXPECT_EQ(state, Guid("00000000-0000-0000-0000-000000000002"));

@@ -38,7 +38,8 @@ public:
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-        const int error = posix_spawn(&mProcess, MEDIA_CACHE_WORKER, &actions, nullptr, arguments.data(), environ);
+        const int error =
+            posix_spawn(&mProcess, MEDIA_CACHE_WORKER, &actions, nullptr, arguments.data(), environ);
         posix_spawn_file_actions_destroy(&actions);
         close(ends[1]);
         mAnswers = ends[0];
@@ -80,7 +81,8 @@ public:
         waitpid(mProcess, &status, 0);
         mProcess = 0;
         char buffer[4096];
-        for (ssize_t got = read(mAnswers, buffer, sizeof(buffer)); got > 0; got = read(mAnswers, buffer, sizeof(buffer))) {
+        for (ssize_t got = read(mAnswers, buffer, sizeof(buffer)); got > 0;
+             got = read(mAnswers, buffer, sizeof(buffer))) {
             mText.append(buffer, static_cast<std::size_t>(got));
         }
         return status;
@@ -117,7 +119,8 @@ TEST_F(ProcessFaults, TwoProcessesWithThreadsLoseNoAdd)
     Worker second({State(), "add", "0", "1000", "60", "3"});
     const UTF16String file = support::UTF16(CacheFolder() / "shared.cfa");
     for (unsigned i = 0; i < 30; ++i) { // and we are the third
-        ASSERT_EQ(mDatabase->Add(NumberedGuid(0), kState, u"/media/shared.wav", 2000ul + i, u"k", file, true), 0);
+        ASSERT_EQ(mDatabase->Add(NumberedGuid(0), kState, u"/media/shared.wav", 2000ul + i, u"k", file, true),
+                  0);
     }
     EXPECT_EQ(first.Wait(), 0);
     EXPECT_EQ(second.Wait(), 0);
@@ -135,8 +138,8 @@ TEST_F(ProcessFaults, KilledWritersLoseNothingThatWasAnswered)
     Worker reader({State(), "read-forever", std::to_string(kDocuments)});
     const auto start = [&] {
         first += 100000;
-        return std::make_unique<Worker>(
-            std::vector<std::string>{State(), "add-forever", std::to_string(kDocuments), std::to_string(first)});
+        return std::make_unique<Worker>(std::vector<std::string>{
+            State(), "add-forever", std::to_string(kDocuments), std::to_string(first)});
     };
     std::vector<std::unique_ptr<Worker>> writers;
     for (int i = 0; i < 3; ++i) {

@@ -72,7 +72,8 @@ TEST_F(RecordFaults, EachFailingStepOfASaveKeepsTheOldRecord)
     const auto listing = support::Listing(DatabaseFolder());
     for (const int error : {ENOSPC, EIO, EACCES, EROFS}) {
         for (int call = 1;; ++call) {
-            SCOPED_TRACE(std::string("call ") + std::to_string(call) + " fails with " + std::to_string(error));
+            SCOPED_TRACE(std::string("call ") + std::to_string(call) + " fails with " +
+                         std::to_string(error));
             int result = 0;
             bool wasReached = false;
             {

@@ -51,7 +51,8 @@ MediaCacheFixture::MediaCacheFixture()
     const auto backend = BE::GetBackend();
     backend->GetPreferences()->SetDefaultsBelow(mFolder.UTF16());
     backend->GetProperties()->Remove(BE::kPrefsMediaCacheFilesSideBySide);
-    ZOL::DirectoryRegistry::RegisterDirectory(ZOL::DirectoryRegistry::kSharedDocuments, mFolder.UTF16("Shared"));
+    ZOL::DirectoryRegistry::RegisterDirectory(ZOL::DirectoryRegistry::kSharedDocuments,
+                                              mFolder.UTF16("Shared"));
     TR::TRFoundation::Initialize();
     TR::TRFoundation::RegisterGetDocumentIDAndContentStateFromPathFunction(&Resolve);
     mDatabase = kiocore::classref::ClassFactory::CreateClassInstanceRef(TR::kMediaAcceleratorDatabaseClassID);
@@ -76,8 +77,8 @@ UTF16String MediaCacheFixture::MakeCacheFile(std::string_view inName, std::strin
 int MediaCacheFixture::AddItem(const Guid& inDocument, const Guid& inState, unsigned long inStream,
                                const UTF16String& inKey, const UTF16String& inCacheFile)
 {
-    return mDatabase->Add(inDocument, inState, u"/media/" + inDocument.AsString() + u".wav", inStream, inKey, inCacheFile,
-                          true);
+    return mDatabase->Add(inDocument, inState, u"/media/" + inDocument.AsString() + u".wav", inStream, inKey,
+                          inCacheFile, true);
 }
 
 std::filesystem::path MediaCacheFixture::DatabaseFolder() const
@@ -99,7 +100,10 @@ std::filesystem::path MediaCacheFixture::RecordFile(const Guid& inDocument, std:
     return DatabaseFolder() / (inDocument.AsUTF8() + std::string(inSuffix) + ".mcdb");
 }
 
-void MediaCacheFixture::ForgetMemory() { TR::MediaAcceleratorDatabase::Shutdown(); }
+void MediaCacheFixture::ForgetMemory()
+{
+    TR::MediaAcceleratorDatabase::Shutdown();
+}
 
 void MediaCacheFixture::SetMedia(const UTF16String& inPath, const Guid& inDocument, const Guid& inState)
 {
@@ -120,9 +124,9 @@ std::map<std::string, std::string> Listing(const std::filesystem::path& inFolder
         struct stat status {};
         lstat(entry.path().c_str(), &status);
         if (!S_ISDIR(status.st_mode)) {
-            listing[entry.path().string()] = std::to_string(status.st_ino) + " " + std::to_string(status.st_size) + " " +
-                                             std::to_string(status.st_mtim.tv_sec) + "." +
-                                             std::to_string(status.st_mtim.tv_nsec);
+            listing[entry.path().string()] =
+                std::to_string(status.st_ino) + " " + std::to_string(status.st_size) + " " +
+                std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec);
         }
     }
     return listing;

@@ -32,12 +32,14 @@ protected:
     std::filesystem::path DatabaseFolder() const;
     std::filesystem::path CacheFolder() const;
     /// The record file of a document under a suffix such as "3584".
-    std::filesystem::path RecordFile(const kiocore::Guid& inDocument, std::string_view inSuffix = "3584") const;
+    std::filesystem::path RecordFile(const kiocore::Guid& inDocument,
+                                     std::string_view inSuffix = "3584") const;
     /// Lets memory go, so that the next look-up reads files.
     static void ForgetMemory();
 
     /// What the resolver answers for a path; unknown paths give -1.
-    void SetMedia(const kiocore::UTF16String& inPath, const kiocore::Guid& inDocument, const kiocore::Guid& inState);
+    void SetMedia(const kiocore::UTF16String& inPath, const kiocore::Guid& inDocument,
+                  const kiocore::Guid& inState);
 
     TemporaryFolder mFolder;
     kiocore::InterfaceRef<TR::IMediaAcceleratorDatabase> mDatabase;

@@ -29,9 +29,13 @@ using kiocore::UTF16String;
 
 const Guid kState("11111111-2222-3333-4444-555555555555");
 
-Guid Document(unsigned inNumber) { return Guid::FromHash(std::as_bytes(std::span(&inNumber, 1)), 7); }
+Guid Document(unsigned inNumber)
+{
+    return Guid::FromHash(std::as_bytes(std::span(&inNumber, 1)), 7);
+}
 
-int Add(TR::IMediaAcceleratorDatabase& inDatabase, const UTF16String& inFile, unsigned inDocument, unsigned long inStream)
+int Add(TR::IMediaAcceleratorDatabase& inDatabase, const UTF16String& inFile, unsigned inDocument,
+        unsigned long inStream)
 {
     return inDatabase.Add(Document(inDocument), kState, u"/media/shared.wav", inStream, u"k", inFile, true);
 }
@@ -58,7 +62,8 @@ int AddMany(TR::IMediaAcceleratorDatabase& inDatabase, const UTF16String& inFile
     return failures == 0 ? 0 : 1;
 }
 
-[[noreturn]] void AddForever(TR::IMediaAcceleratorDatabase& inDatabase, const UTF16String& inFile, char** inArguments)
+[[noreturn]] void AddForever(TR::IMediaAcceleratorDatabase& inDatabase, const UTF16String& inFile,
+                             char** inArguments)
 {
     const unsigned documents = static_cast<unsigned>(std::atoi(inArguments[0]));
     for (unsigned long stream = std::strtoul(inArguments[1], nullptr, 10);; ++stream) {
