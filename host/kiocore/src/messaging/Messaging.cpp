@@ -1,0 +1,7 @@
+#include <kiocore/messaging/Messaging.h>
+
+namespace kiocore::messaging {
+
+Message::~Message() = default;
+
+} // namespace kiocore::messaging
