@@ -4,6 +4,7 @@
 #     PUBLIC  ...      targets seen in our public headers
 #     PRIVATE ...      targets used only inside the sources
 #     NO_INSTALL)
+# SHARED is what it is without a word; MODULE is loaded on demand from lib/trhost.
 #
 # Declares one library of the house. A library may link only rooms that come before it in
 # PROJECT_ROOMS; anything else stops the configuration with advice.
@@ -50,16 +51,17 @@ function(project_library name)
         add_library(${name} SHARED ${arg_SOURCES})
         set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     endif()
+    # One export set for each namespace, so that an installed name is the one used here.
+    set(family Host)
     if(name MATCHES "^TRFoundation")
-        add_library(TR::${name} ALIAS ${name})
-    else()
-        add_library(Host::${name} ALIAS ${name})
+        set(family TR)
     endif()
+    add_library(${family}::${name} ALIAS ${name})
 
     list(TRANSFORM arg_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
     target_sources(${name} PRIVATE ${arg_HEADERS})
     target_include_directories(${name}
-        PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+        PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${PROJECT_INSTALL_INCLUDEDIR}>)
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE} $<BUILD_INTERFACE:project_options>)
     if(NOT PROJECT_SANITIZERS)
         target_link_options(${name} PRIVATE -Wl,-z,defs)  # a sanitizer's runtime lives in the program
@@ -68,11 +70,17 @@ function(project_library name)
     if(NOT arg_NO_INSTALL)
         if(arg_MODULE)
             install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${PROJECT_MODULE_SUBDIR})
+            set_property(GLOBAL APPEND PROPERTY PROJECT_MODULES ${name})
+        elseif(name MATCHES "^trhost")
+            # Part of a program: it needs it beside it, nobody links it.
+            install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+            set_property(GLOBAL APPEND PROPERTY PROJECT_PRIVATE_LIBRARIES ${name})
         else()
-            install(TARGETS ${name} EXPORT TRFoundationTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+            install(TARGETS ${name} EXPORT ${family}Targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+            set_property(GLOBAL APPEND PROPERTY PROJECT_LIBRARIES ${name})
         endif()
-        if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include)
-            install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+        if(NOT name MATCHES "^trhost" AND EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include)
+            install(DIRECTORY include/ DESTINATION ${PROJECT_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
         endif()
     endif()
 endfunction()
