@@ -34,12 +34,20 @@ if(PROJECT_LLD)
     add_link_options(-fuse-ld=lld)
 endif()
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # g++'s default, and clang's from version 19 on: operator delete is told the size.
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fsized-deallocation>)
+endif()
+
 option(PROJECT_WARNINGS_AS_ERRORS "Stop at a warning" OFF)
 set(PROJECT_SANITIZERS "" CACHE STRING "Comma-separated -fsanitize= list, empty for none")
 add_library(project_options INTERFACE)
 target_compile_options(project_options INTERFACE -Wall -Wextra -Wnon-virtual-dtor -Wundef)
 if(PROJECT_WARNINGS_AS_ERRORS)
     target_compile_options(project_options INTERFACE -Werror)
+endif()
+if(PROJECT_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)  # the fuzzer sees which branches of ours it has reached
 endif()
 if(PROJECT_SANITIZERS)
     add_compile_options(-fsanitize=${PROJECT_SANITIZERS} -fno-omit-frame-pointer

@@ -95,3 +95,30 @@ function(project_test name)
     endif()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
 endfunction()
+
+# project_bench(bench_NAME SOURCES ... LIBRARIES ...): one benchmark program, run by `tools/dev bench NAME`.
+function(project_bench name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} project_options benchmark::benchmark)
+endfunction()
+
+# project_fuzz(fuzz_NAME SOURCES ... LIBRARIES ...): one libFuzzer program. Its seeds lie in corpus/NAME beside
+# the build file. ctest replays them and adds a short run; `tools/dev fuzz` runs for as long as is wanted.
+function(project_fuzz name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} project_options)
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+    string(REGEX REPLACE "^fuzz_" "" seeds ${name})
+    set(seeds ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${seeds})
+    if(NOT EXISTS ${seeds})
+        set(seeds "")
+    endif()
+    set(found ${CMAKE_BINARY_DIR}/corpus/${name})
+    file(MAKE_DIRECTORY ${found})
+    # The same seed every time: a failure here can be repeated.
+    add_test(NAME Fuzz.${name} COMMAND ${name} -runs=20000 -seed=1 -timeout=10 -rss_limit_mb=2048
+        -artifact_prefix=${CMAKE_BINARY_DIR}/ ${found} ${seeds})
+    set_tests_properties(Fuzz.${name} PROPERTIES TIMEOUT 300)
+endfunction()
