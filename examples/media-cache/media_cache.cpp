@@ -123,7 +123,8 @@ void Run(const fs::path& inFolder)
 
     // Cache files belong where the preferences say; the record follows once the file is complete.
     UTF16String cacheFolder;
-    Expect(TR::GetMediaAcceleratorDirectoryPath(mediaPath, cacheFolder) == 0, "there is a folder for cache files");
+    Expect(TR::GetMediaAcceleratorDirectoryPath(mediaPath, cacheFolder) == 0,
+           "there is a folder for cache files");
     fs::create_directories(ToNative(cacheFolder));
     const fs::path cacheFile = fs::path(ToNative(cacheFolder)) / "interview.cfa";
     WriteFile(cacheFile, "conformed sound");
@@ -133,7 +134,8 @@ void Run(const fs::path& inFolder)
            "the cache file is recorded");
 
     UTF16String found;
-    Expect(database->FindUpToDate(document, state, stream, key, found) >= 0 && fs::path(ToNative(found)) == cacheFile,
+    Expect(database->FindUpToDate(document, state, stream, key, found) >= 0 &&
+               fs::path(ToNative(found)) == cacheFile,
            "and found again, up to date");
 
     WriteFile(media, "recorded again, and longer than before");
