@@ -41,7 +41,7 @@ new_module() {
     grep -q "SOURCES" "$root/$folder/CMakeLists.txt" || fail "$folder/CMakeLists.txt has no SOURCES to add to"
 
     local source=$sources/$below$class.cpp
-    local tests=tests/$folder test=$below${class}Test.cpp
+    local tests=tests/$folder test=$below${class}Tests.cpp
     local include=${header#include/} file
     for file in "$folder/$header" "$folder/$source" "$tests/$test"; do
         [[ ! -e $root/$file ]] || fail "$file is there already"
@@ -94,12 +94,13 @@ TEST($class, SaysWhatCouldBreak)
 
 } // namespace
 TEXT
-    local testProgram=test_${library}_${class}
     add_to_sources "$root/$folder/CMakeLists.txt" "$source"
     [[ -f $root/$tests/CMakeLists.txt ]] || printf '# Test programs of %s.\n' "$folder" >"$root/$tests/CMakeLists.txt"
-    printf 'project_test(%s SOURCES %s LIBRARIES %s)\n' "$testProgram" "$test" "$alias" >>"$root/$tests/CMakeLists.txt"
+    grep -q "SOURCES" "$root/$tests/CMakeLists.txt" ||
+        printf '\nproject_test(%s_tests\n    SOURCES\n    LIBRARIES %s)\n' "$library" "$alias" >>"$root/$tests/CMakeLists.txt"
+    add_to_sources "$root/$tests/CMakeLists.txt" "$test"
 
     printf 'made        %s\n            %s\n            %s\n' "$folder/$header" "$folder/$source" "$tests/$test"
     printf 'registered  %s\n            %s\n' "$folder/CMakeLists.txt" "$tests/CMakeLists.txt"
-    printf 'next        tools/dev build dev %s\n' "$testProgram"
+    printf 'next        tools/dev test -R %s\n' "$class"
 }
