@@ -65,7 +65,7 @@ TEST_F(RecordFaults, FlippedBitsAreSurvived)
 
 TEST_F(RecordFaults, EachFailingStepOfASaveKeepsTheOldRecord)
 {
-    BE::GetBackend()->GetPreferences()->SetDurability(kiocore::filesupport::Durability::kFull);
+    BE::GetBackend()->GetPreferences()->SetDurability(kiocore::filesupport::Durability::kFile);
     AddItem(kDocument, kState, 0, u"k", MakeCacheFile("a.cfa"));
     const UTF16String second = MakeCacheFile("b.cfa");
     const std::string before = support::ReadFile(RecordFile(kDocument));
