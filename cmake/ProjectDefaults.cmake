@@ -15,6 +15,8 @@ find_package(Threads REQUIRED)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
+# A folder of our own: names as short as BE and MF must not stand in a shared include folder.
+set(PROJECT_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/TRFoundation)
 set(PROJECT_MODULE_SUBDIR trhost)  # below the library folder: what trhost loads on demand
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN;$ORIGIN/..")
@@ -32,12 +34,20 @@ if(PROJECT_LLD)
     add_link_options(-fuse-ld=lld)
 endif()
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # g++'s default, and clang's from version 19 on: operator delete is told the size.
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fsized-deallocation>)
+endif()
+
 option(PROJECT_WARNINGS_AS_ERRORS "Stop at a warning" OFF)
 set(PROJECT_SANITIZERS "" CACHE STRING "Comma-separated -fsanitize= list, empty for none")
 add_library(project_options INTERFACE)
 target_compile_options(project_options INTERFACE -Wall -Wextra -Wnon-virtual-dtor -Wundef)
 if(PROJECT_WARNINGS_AS_ERRORS)
     target_compile_options(project_options INTERFACE -Werror)
+endif()
+if(PROJECT_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)  # the fuzzer sees which branches of ours it has reached
 endif()
 if(PROJECT_SANITIZERS)
     add_compile_options(-fsanitize=${PROJECT_SANITIZERS} -fno-omit-frame-pointer

@@ -4,6 +4,7 @@
 #     PUBLIC  ...      targets seen in our public headers
 #     PRIVATE ...      targets used only inside the sources
 #     NO_INSTALL)
+# SHARED is what it is without a word; MODULE is loaded on demand from lib/trhost.
 #
 # Declares one library of the house. A library may link only rooms that come before it in
 # PROJECT_ROOMS; anything else stops the configuration with advice.
@@ -50,16 +51,17 @@ function(project_library name)
         add_library(${name} SHARED ${arg_SOURCES})
         set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     endif()
+    # One export set for each namespace, so that an installed name is the one used here.
+    set(family Host)
     if(name MATCHES "^TRFoundation")
-        add_library(TR::${name} ALIAS ${name})
-    else()
-        add_library(Host::${name} ALIAS ${name})
+        set(family TR)
     endif()
+    add_library(${family}::${name} ALIAS ${name})
 
     list(TRANSFORM arg_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
     target_sources(${name} PRIVATE ${arg_HEADERS})
     target_include_directories(${name}
-        PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+        PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${PROJECT_INSTALL_INCLUDEDIR}>)
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE} $<BUILD_INTERFACE:project_options>)
     if(NOT PROJECT_SANITIZERS)
         target_link_options(${name} PRIVATE -Wl,-z,defs)  # a sanitizer's runtime lives in the program
@@ -68,11 +70,17 @@ function(project_library name)
     if(NOT arg_NO_INSTALL)
         if(arg_MODULE)
             install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${PROJECT_MODULE_SUBDIR})
+            set_property(GLOBAL APPEND PROPERTY PROJECT_MODULES ${name})
+        elseif(name MATCHES "^trhost")
+            # Part of a program: it needs it beside it, nobody links it.
+            install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+            set_property(GLOBAL APPEND PROPERTY PROJECT_PRIVATE_LIBRARIES ${name})
         else()
-            install(TARGETS ${name} EXPORT TRFoundationTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+            install(TARGETS ${name} EXPORT ${family}Targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+            set_property(GLOBAL APPEND PROPERTY PROJECT_LIBRARIES ${name})
         endif()
-        if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include)
-            install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+        if(NOT name MATCHES "^trhost" AND EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include)
+            install(DIRECTORY include/ DESTINATION ${PROJECT_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
         endif()
     endif()
 endfunction()
@@ -86,4 +94,31 @@ function(project_test name)
         add_dependencies(${name} ${arg_DEPENDS})
     endif()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()
+
+# project_bench(bench_NAME SOURCES ... LIBRARIES ...): one benchmark program, run by `tools/dev bench NAME`.
+function(project_bench name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} project_options benchmark::benchmark)
+endfunction()
+
+# project_fuzz(fuzz_NAME SOURCES ... LIBRARIES ...): one libFuzzer program. Its seeds lie in corpus/NAME beside
+# the build file. ctest replays them and adds a short run; `tools/dev fuzz` runs for as long as is wanted.
+function(project_fuzz name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} project_options)
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+    string(REGEX REPLACE "^fuzz_" "" seeds ${name})
+    set(seeds ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${seeds})
+    if(NOT EXISTS ${seeds})
+        set(seeds "")
+    endif()
+    set(found ${CMAKE_BINARY_DIR}/corpus/${name})
+    file(MAKE_DIRECTORY ${found})
+    # The same seed every time: a failure here can be repeated.
+    add_test(NAME Fuzz.${name} COMMAND ${name} -runs=20000 -seed=1 -timeout=10 -rss_limit_mb=2048
+        -artifact_prefix=${CMAKE_BINARY_DIR}/ ${found} ${seeds})
+    set_tests_properties(Fuzz.${name} PROPERTIES TIMEOUT 300)
 endfunction()

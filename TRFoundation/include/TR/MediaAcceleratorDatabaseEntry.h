@@ -1,6 +1,7 @@
 #pragma once
 
 #include <BE/Serialization.h>
+#include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <kiocore/Export.h>
 #include <kiocore/classref/InterfaceRef.h>
 #include <kiocore/utility/Guid.h>
@@ -8,6 +9,7 @@
 #include <kiocore/utility/UTF16String.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <vector>
@@ -20,7 +22,6 @@ using kiocore::InterfaceRef;
 using kiocore::UTF16String;
 
 class PackedEntry;
-class PackedEntryRef;
 struct EntrySnapshot;
 
 /// One cache file of a stream.
@@ -126,7 +127,7 @@ private:
     bool mUpToDate = true;
     bool mModified = false;
     // Shared and packed until somebody looks; our own afterwards. Both empty: an entry without streams.
-    mutable std::unique_ptr<PackedEntryRef> mPacked;
+    mutable boost::intrusive_ptr<const PackedEntry> mPacked;
     mutable std::unique_ptr<Record> mRecord;
 };
 

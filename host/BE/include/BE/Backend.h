@@ -44,6 +44,7 @@ public:
     /// How many bytes of records the database may keep in memory.
     virtual std::uint64_t GetRecordMemoryBudget() const = 0;
 
+    /// An empty folder is back to the default.
     virtual void SetMediaCacheDatabaseFolder(const UTF16String& inFolder) = 0;
     virtual void SetMediaCacheFilesFolder(const UTF16String& inFolder) = 0;
     virtual void SetFirstMetadataCacheFolder(const UTF16String& inFolder) = 0;
@@ -52,10 +53,12 @@ public:
     virtual void SetDurability(kiocore::filesupport::Durability inDurability) = 0;
     virtual void SetRecordMemoryBudget(std::uint64_t inBytes) = 0;
 
-    /// Reads inFile (missing = all defaults) and keeps later changes for Save.
-    /// @return 0; negative when the file is there but cannot be read: nothing changed, Save refuses to
-    ///     overwrite it.
+    /// Reads inFile in place of all that was set (missing = all defaults) and keeps later changes for Save.
+    /// @return 0; negative when the file is there but cannot be read, or holds what Save could not write
+    ///     again: nothing changed, Save refuses to overwrite it. Trace channel "Preferences" tells why.
     virtual int Load(const UTF16String& inFile) = 0;
+    /// Saves all that was set, with what the file held and this build does not know, in one step.
+    /// @return 0; negative when it failed, or the last Load did, or there was none.
     virtual int Save() = 0;
     /// Sets every folder that was not set by the user (Set... or Load) to its place below a root:
     /// "Media Cache", "Media Cache Files", "Metadata Cache", "Metadata Cache 2", the root itself for peaks,

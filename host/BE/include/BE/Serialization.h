@@ -136,7 +136,8 @@ public:
     virtual std::size_t GetValueCount() const = 0;
 };
 
-/// Writes the values of one object, in the order of the calls. Keys must differ within an object.
+/// Writes the values of one object, in the order of the calls. Keys must differ within an object; that is not
+/// checked, and a key that was written more than once is read in stored order, each value in its turn.
 ///
 /// Threading: one thread at a time.
 class KIO_EXPORT DataWriter {

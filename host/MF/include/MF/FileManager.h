@@ -4,6 +4,7 @@
 #include <kiocore/utility/UTF16String.h>
 
 #include <functional>
+#include <memory>
 
 namespace MF {
 
@@ -13,14 +14,16 @@ namespace MF {
 /// Threading: any thread. Closers are called unlocked.
 class KIO_EXPORT FileManager {
 public:
-    /// Closes the file if that can be done at once.
-    /// @return true when it is closed now.
+    /// Closes the file if that can be done at once. One that throws has not closed it.
+    /// @return true when it is closed now; it is not registered any more then.
     using TryToClose = std::function<bool()>;
 
-    /// Registers an open file for as long as it lives. Several may be registered for one path.
+    /// Registers an open file for as long as it lives. Several may be registered for one path. Destroying
+    /// it waits for its closer to return, except inside the closer itself, so do not hold a lock that the
+    /// closer waits for.
     class KIO_EXPORT ScOpenFile {
     public:
-        ScOpenFile(const kiocore::UTF16String& inPath, TryToClose inTryToClose);
+        ScOpenFile(kiocore::UTF16View inPath, TryToClose inTryToClose);
         ~ScOpenFile();
         ScOpenFile(const ScOpenFile&) = delete;
         ScOpenFile& operator=(const ScOpenFile&) = delete;
@@ -28,12 +31,13 @@ public:
     private:
         unsigned long long mNumber;
         kiocore::UTF16String mPath;
+        std::shared_ptr<void> mFile;
     };
 
     /// Asks everyone who holds the file open to close it, without waiting for anyone.
     /// @return true when nobody holds it open any more.
-    static bool TryToCloseFileWithoutBlocking(const kiocore::UTF16String& inPath);
-    static bool IsOpen(const kiocore::UTF16String& inPath);
+    static bool TryToCloseFileWithoutBlocking(kiocore::UTF16View inPath);
+    static bool IsOpen(kiocore::UTF16View inPath);
 };
 
 } // namespace MF

@@ -39,7 +39,9 @@ private:
 /// The description of the work changed.
 class KIO_EXPORT UpdateOperationDescriptionMessage : public kiocore::messaging::Message {
 public:
-    explicit UpdateOperationDescriptionMessage(UTF16String inDescription) : mDescription(std::move(inDescription)) {}
+    explicit UpdateOperationDescriptionMessage(UTF16String inDescription)
+        : mDescription(std::move(inDescription))
+    {}
     ~UpdateOperationDescriptionMessage() override;
     const UTF16String& GetDescription() const { return mDescription; }
 

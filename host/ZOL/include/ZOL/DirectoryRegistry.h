@@ -18,7 +18,7 @@ public:
     static constexpr const char* kSharedDocuments = "kioshared.documents";
 
     /// Registers or moves a folder.
-    static void RegisterDirectory(const ImmutableString& inName, const UTF16String& inFolder);
+    static void RegisterDirectory(const ImmutableString& inName, kiocore::UTF16View inFolder);
     /// @return 0, or -1 (outFolder untouched) when nothing is registered under the name.
     static int FindDirectory(const ImmutableString& inName, UTF16String& outFolder);
     static void UnregisterDirectory(const ImmutableString& inName);

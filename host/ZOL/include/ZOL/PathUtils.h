@@ -6,6 +6,7 @@
 namespace ZOL {
 
 using kiocore::UTF16String;
+using kiocore::UTF16View;
 
 /// Taking paths apart, without asking the disk.
 ///
@@ -17,18 +18,19 @@ public:
     static constexpr char16_t kOppositePlatformPathSeparator = u'\\';
 
     /// "" on this platform for any path.
-    static UTF16String GetDrivePart(const UTF16String& inPath);
+    static UTF16String GetDrivePart(UTF16View inPath);
     /// "/a/b/" of "/a/b/c.wav" and of "/a/b/"; "" of "c.wav".
-    static UTF16String GetDirectoryPart(const UTF16String& inPath);
+    static UTF16String GetDirectoryPart(UTF16View inPath);
     /// Drive and directory part.
-    static UTF16String GetFullDirectoryPart(const UTF16String& inPath);
+    static UTF16String GetFullDirectoryPart(UTF16View inPath);
     /// "c.wav" of "/a/b/c.wav"; "" of "/a/b/".
-    static UTF16String GetFullFilePart(const UTF16String& inPath);
+    static UTF16String GetFullFilePart(UTF16View inPath);
     /// Without "." parts, doubled separators and, where they follow a name, ".." parts (which go with it);
-    /// "/.." is "/". A separator at the end stays. Purely textual: symbolic links are not looked at.
-    static UTF16String ToNormalizedPath(const UTF16String& inPath);
+    /// "/.." is "/". A separator at the end stays. What would leave nothing is ".". Purely textual: symbolic
+    /// links are not looked at.
+    static UTF16String ToNormalizedPath(UTF16View inPath);
     /// ".wav" of "/a/b.c/d.wav", "" when the file part has none (".hidden" has none).
-    static UTF16String GetExtension(const UTF16String& inPath);
+    static UTF16String GetExtension(UTF16View inPath);
 };
 
 } // namespace ZOL

@@ -3,9 +3,8 @@
 #include <kiocore/config/Errors.h>
 #include <kiocore/debug/Trace.h>
 
-#include <cxxabi.h>
+#include "debug/TypeName.h"
 
-#include <cstdlib>
 #include <map>
 #include <mutex>
 
@@ -32,15 +31,14 @@ Registry& TheRegistry()
 
 Unknown::~Unknown() = default;
 UnknownBase::~UnknownBase() = default;
-void* UnknownBase::QueryMap(const CFUUIDBytes&) { return nullptr; }
+void* UnknownBase::QueryMap(const CFUUIDBytes&)
+{
+    return nullptr;
+}
 
 void ThrowNullReference(const std::type_info& inType)
 {
-    int status = 0;
-    char* readable = abi::__cxa_demangle(inType.name(), nullptr, nullptr, &status);
-    const std::string name = status == 0 ? readable : inType.name();
-    std::free(readable);
-    throw null_reference_exception(name);
+    throw null_reference_exception(debug::TypeName(inType));
 }
 
 void ClassFactory::RegisterClass(const utility::Guid& inClassID, const char* inClassIDName,

@@ -1,16 +1,18 @@
 #include <kiocore/config/Errors.h>
 
+#include <kiocore/config/Localizer.h>
+#include <kiocore/debug/Trace.h>
+
 #include <system_error>
 
 namespace kiocore {
 
-kio_exception::kio_exception(std::string inTextUTF8, std::uint32_t inCode) : mText(std::move(inTextUTF8)), mCode(inCode)
-{
-}
+kio_exception::kio_exception(std::string inTextUTF8, std::uint32_t inCode)
+    : mText(std::move(inTextUTF8)), mCode(inCode)
+{}
 kio_exception::kio_exception(utility::UTF16View inText, std::uint32_t inCode)
     : kio_exception(utility::ToUTF8(inText), inCode)
-{
-}
+{}
 kio_exception::~kio_exception() = default;
 
 file_exception::file_exception(const char* inOperation, std::string_view inPathUTF8, int inErrno)
@@ -18,14 +20,39 @@ file_exception::file_exception(const char* inOperation, std::string_view inPathU
                         std::generic_category().message(inErrno),
                     kError_File),
       mErrno(inErrno)
-{
-}
+{}
 file_exception::~file_exception() = default;
 
 null_reference_exception::null_reference_exception(const std::string& inTypeName)
-    : kio_exception("An empty reference was used where a " + inTypeName + " was expected", kError_NullReference)
-{
-}
+    : kio_exception("An empty reference was used where a " + inTypeName + " was expected",
+                    kError_NullReference)
+{}
 null_reference_exception::~null_reference_exception() = default;
 
+namespace config {
+
+void ThrowError(int inLevel, const char* inLocalisedText, int inNumberA, int inNumberB, bool inFatal,
+                const utility::UTF16String& inValue1, const utility::UTF16String& inValue2,
+                const utility::UTF16String& inValue3, const utility::UTF16String& inValue4)
+{
+    KIO_HOST_CALL("kiocore::config::ThrowError", inLevel, inLocalisedText, inNumberA, inNumberB, inFatal,
+                  inValue1, inValue2, inValue3, inValue4);
+    std::string text = utility::ToUTF8(
+        Localizer::Format(Localizer::GetText(inLocalisedText), {inValue1, inValue2, inValue3, inValue4}));
+    std::string numbers;
+    for (int number : {inNumberA, inNumberB}) {
+        if (number != 0) {
+            numbers.append(numbers.empty() ? "" : ", ").append(std::to_string(number));
+        }
+    }
+    if (!numbers.empty()) {
+        text.append(" (").append(numbers).append(")");
+    }
+    debug::Trace(1, "Errors",
+                 (inFatal ? "Fatal error of level " : "Error of level ") + std::to_string(inLevel) + ": " +
+                     text);
+    throw kio_exception(std::move(text), kError_Startup);
+}
+
+} // namespace config
 } // namespace kiocore

@@ -15,8 +15,7 @@ KIO_EXPORT void SetClientName(const utility::UTF16String& inName);
 
 /// Version of the suite as digits and dots only, as in "14.0" (the initial value) or "13.5.2".
 KIO_EXPORT utility::UTF16String GetSuiteClientVersion_NumberOnly();
-/// @throws kio_exception (kError_BadArgument) when it does not start with a number, or has anything but
-///     digits and single dots.
+/// @throws kio_exception (kError_BadArgument) when it is anything but numbers joined by single dots.
 KIO_EXPORT void SetSuiteClientVersion(const utility::UTF16String& inVersion);
 /// Changes whenever the version is set, so that callers on hot paths can keep what they made of it.
 KIO_EXPORT unsigned GetClientChangeCount();

@@ -26,6 +26,7 @@ enum ErrorCode : std::uint32_t {
     kError_TypeMismatch = 0x8001000C,
     kError_MapInsertion = 0x8001000D,
     kError_BrokenPromise = 0x8001000E,
+    kError_ExecutorTerminated = 0xF3610003,
 };
 
 /// What the host's core throws: a text for people and a 32-bit code for programs.
@@ -68,14 +69,15 @@ public:
 namespace config {
 
 /// Throws kio_exception (kError_Startup) with a localised message in which ^1 to ^4 stand for the
-/// four replacement values.
+/// four replacement values: ^1 is inValue1. Noted on trace channel "Errors" at level 1.
 /// @param inLevel          0 = the application cannot go on.
 /// @param inLocalisedText  "$$$/Key=English default".
-/// @param inNumberA, inNumberB  shown after the message when not 0.
-/// @param inFatal          noted in the trace; the caller's unwinding decides what happens.
-[[noreturn]] KIO_EXPORT void ThrowError(int inLevel, const char* inLocalisedText, int inNumberA, int inNumberB,
-                                        bool inFatal, const utility::UTF16String& inValue1,
-                                        const utility::UTF16String& inValue2, const utility::UTF16String& inValue3,
+/// @param inNumberA, inNumberB  shown after the message, as in "(3, 17)", those that are not 0.
+/// @param inFatal          only noted in the trace; the caller's unwinding decides what happens.
+[[noreturn]] KIO_EXPORT void ThrowError(int inLevel, const char* inLocalisedText, int inNumberA,
+                                        int inNumberB, bool inFatal, const utility::UTF16String& inValue1,
+                                        const utility::UTF16String& inValue2,
+                                        const utility::UTF16String& inValue3,
                                         const utility::UTF16String& inValue4);
 
 } // namespace config

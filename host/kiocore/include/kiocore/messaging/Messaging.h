@@ -34,14 +34,17 @@ KIO_EXPORT bool IsStationRegistered(const StationID& inStation);
 KIO_EXPORT StationID CreateUniqueStation();
 
 /// Delivers the message to the station's listeners on the main thread, in order of posting.
+/// A handler that throws is reported on trace channel "Threads"; the other listeners still hear it.
 /// @return 0 it will be delivered; negative when no main thread is registered: it is dropped, as there
 ///     is no user interface that could miss it.
+/// @throws null_reference_exception when inMessage is empty.
 KIO_EXPORT int PostMessageToUIThread(const StationID& inStation, std::shared_ptr<const Message> inMessage);
 /// The same for a message made in place.
 template <typename MessageType, typename... Arguments>
 int PostNewMessageToUIThread(const StationID& inStation, Arguments&&... inArguments)
 {
-    return PostMessageToUIThread(inStation, std::make_shared<const MessageType>(std::forward<Arguments>(inArguments)...));
+    return PostMessageToUIThread(
+        inStation, std::make_shared<const MessageType>(std::forward<Arguments>(inArguments)...));
 }
 
 /// Listens at a station for as long as it lives.

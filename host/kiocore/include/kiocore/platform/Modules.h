@@ -13,8 +13,10 @@ namespace kiocore::platform {
 /// Threading: any thread.
 KIO_EXPORT std::string ProgramPath();
 /// The folder of the shared library (or program) that holds the given code or data address.
+/// @throws kio_exception (kError_BadArgument) when the address lies in no file's mapping.
 KIO_EXPORT std::string FolderOfModule(const void* inAddress);
-/// Resources of the library that holds inAddress: <prefix>/share/<inName> of the tree it lies in.
+/// Resources of the library that holds inAddress: <prefix>/share/<inName>, where <prefix> is the nearest of
+/// the folders above the module's own (up to three) that has it, else the folder right above.
 KIO_EXPORT std::string ResourceFolder(const void* inAddress, std::string_view inName);
 
 /// Loads a module and looks a function up in it; the module stays loaded for the life of the process.

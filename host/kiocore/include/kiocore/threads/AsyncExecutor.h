@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <string_view>
 
 namespace kiocore::threads {
 
@@ -24,6 +25,11 @@ public:
     virtual int Submit(Task inTask) = 0;
 };
 
+/// For whoever runs others' code: reports the exception being handled on trace channel "Threads" at level
+/// 1, with its type and text. Called inside a catch block.
+/// @param inWhere  what was running, as in "A task of the CPU-bound executor".
+KIO_EXPORT void ReportException(std::string_view inWhere) noexcept;
+
 /// The process's pool for work that computes: as many threads as there are processors. Made on first
 /// use. The first two are one operation under two names; so are the second two.
 KIO_EXPORT std::shared_ptr<AsyncExecutor> CreateCPUBoundExecutor();
@@ -37,12 +43,16 @@ KIO_EXPORT std::shared_ptr<AsyncExecutor> GetIOBoundExecutor();
 ///     once; -1 = as many as the parent allows.
 /// After a few tasks in a row a queue goes to the end of its parent's line, so that a long queue does
 /// not starve its neighbours.
+/// Refuses what is submitted after its parent was terminated; what it accepted before runs.
 /// @return empty when inParent is empty.
+/// @throws kio_exception (kError_BadArgument) when inConcurrency is 0 or below -1.
 KIO_EXPORT std::shared_ptr<AsyncExecutor> CreateSubExecutor(const std::shared_ptr<AsyncExecutor>& inParent,
                                                             int inConcurrency);
 
 /// Ends both pools: later submissions are refused, what was accepted runs, the threads are joined.
-/// Happens by itself at exit. Must not be called from a pool's thread. The next Create... makes anew.
+/// The next Create... makes anew. Happens by itself at exit, and from then on Create... gives a pool that
+/// refuses everything; handles may be let go later still.
+/// @throws kio_exception (kError_BadArgument) on a pool's thread, which it would have to wait for.
 KIO_EXPORT void TerminateExecutors();
 
 /// Puts another executor in a pool's place for as long as it lives, so that a test can hold tasks

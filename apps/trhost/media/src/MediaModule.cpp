@@ -1,0 +1,39 @@
+#include "../MediaModule.h"
+
+#include "FFmpegSupport.h"
+#include "MediaFile.h"
+
+namespace trhost::media {
+namespace {
+
+std::string Version(const char* inName, unsigned inVersion)
+{
+    return std::string(inName) + " " + std::to_string(AV_VERSION_MAJOR(inVersion)) + "." +
+           std::to_string(AV_VERSION_MINOR(inVersion)) + "." + std::to_string(AV_VERSION_MICRO(inVersion));
+}
+
+class MediaModule : public IMediaModule {
+public:
+    MediaModule() { RouteMessagesToTrace(); }
+
+    std::unique_ptr<IMediaFile> Open(const std::string& inNativePath, const ICancel& inCancel) override
+    {
+        return std::make_unique<MediaFile>(inNativePath, inCancel);
+    }
+
+    std::string LibraryVersions() const override
+    {
+        return Version("libavformat", avformat_version()) + ", " + Version("libavcodec", avcodec_version()) +
+               ", " + Version("libavutil", avutil_version()) + ", " +
+               Version("libswresample", swresample_version());
+    }
+};
+
+} // namespace
+} // namespace trhost::media
+
+extern "C" trhost::media::IMediaModule* trhost_media_module(int inVersion)
+{
+    static trhost::media::MediaModule sModule;
+    return inVersion == trhost::media::kMediaModuleVersion ? &sModule : nullptr;
+}
