@@ -1,1 +1,3 @@
-int main() {}
+#include "commands/CommandLine.h"
+
+int main(int inCount, char** inArguments) { return trhost::RunProgram(inCount, inArguments); }

@@ -1,0 +1,318 @@
+#include "CommandLine.h"
+
+#include "Completion.h"
+#include "Program.h"
+
+#include "../support/Failure.h"
+#include "../support/Quantities.h"
+
+#include <CLI/CLI.hpp> // takes seconds to compile: included in this file only
+
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <limits>
+
+namespace trhost {
+
+namespace {
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  trhost ingest ~/Footage                     conform all media below a folder\n"
+    "  trhost ingest ~/Footage                     again: all up to date\n"
+    "  trhost cache show ~/Footage/clip.mov        what is recorded for one file\n"
+    "  trhost cache find clip.mov --key PeakFile --up-to-date\n"
+    "  trhost cache clean                          remove what belongs to media that changed or is gone\n"
+    "  trhost cache prune --older-than 90d --max-size 50G --dry-run\n"
+    "  trhost --state /tmp/try --json cache list   one JSON object a line\n"
+    "  source <(trhost completion bash)\n"
+    "\n"
+    "Exit status: 0 done, 1 a negative answer (not found, stale, differs), 2 wrong usage, 3 failed.";
+
+using Command = std::function<int(Context&)>;
+
+/// The command line's grammar, the values that it fills, and what is to be run then.
+class Parser {
+public:
+    Parser() : mApp("Conforms media files and keeps track of the cache files made for them.", "trhost")
+    {
+        mApp.footer(kExamples);
+        mApp.require_subcommand(1);
+        mApp.get_formatter()->column_width(34);
+        AddGlobalOptions();
+        AddIngest();
+        AddCache();
+        AddPrefs();
+        AddCompletion();
+        LetOptionsStandAnywhere(mApp);
+    }
+
+    /// @return the exit status when everything is said already (help, version, wrong usage).
+    std::optional<int> Parse(int inCount, char** inArguments)
+    {
+        try {
+            mApp.parse(inCount, inArguments);
+        } catch (const CLI::Success& success) {
+            mApp.exit(success, std::cout, std::cerr); // help or version
+            return kExit_Done;
+        } catch (const CLI::ParseError& error) {
+            std::string text = error.what();
+            for (char& letter : text) {
+                letter = letter == '\n' ? ' ' : letter;
+            }
+            std::fprintf(stderr, "trhost: %s; see trhost --help\n", text.c_str());
+            return kExit_Usage;
+        }
+        if (!mCompletionShell.empty()) {
+            const std::string script = CompletionScript(Describe(mApp), mCompletionShell);
+            std::fwrite(script.data(), 1, script.size(), stdout);
+            return std::fflush(stdout) == 0 ? kExit_Done : kExit_Failed;
+        }
+        return std::nullopt;
+    }
+
+    const GlobalOptions& GetOptions() const { return mOptions; }
+    const Command& GetCommand() const { return mCommand; }
+
+private:
+    void AddGlobalOptions()
+    {
+        mApp.set_version_flag("--version", ProgramVersion(), "Print the version");
+        mApp.add_option("--state", mOptions.stateFolder,
+                        "Keep preferences, records and cache files below this folder (default: the XDG folders)")
+            ->type_name("DIR");
+        mApp.add_flag("--json", mOptions.json, "Print one JSON object a line");
+        mApp.add_flag("-q,--quiet", mOptions.quiet, "Print answers and errors only");
+        mApp.add_option("--lang", mOptions.language, "Language of texts (default: from the environment)")
+            ->type_name("LANGUAGE");
+        mApp.add_option("--suite-version", mOptions.suiteVersion, "Version of the host suite to work as (14.0)")
+            ->type_name("VERSION");
+        mApp.add_option("--app-name", mOptions.applicationName, "Name of the host application")->type_name("NAME");
+        mApp.add_option("--app-type", mOptions.applicationType, "Number of the host application's kind")
+            ->type_name("NUMBER");
+        mApp.add_option("--trace", mOptions.traces, "Trace a channel to standard error; may be repeated")
+            ->type_name("CHANNEL[:LEVEL]")
+            ->expected(1)
+            ->take_all()
+            ->allow_extra_args(false);
+    }
+
+    CLI::App* AddCommand(CLI::App& inParent, const char* inName, const char* inDescription, Command inCommand)
+    {
+        CLI::App* command = inParent.add_subcommand(inName, inDescription);
+        if (inCommand) {
+            command->callback([this, run = std::move(inCommand)] { mCommand = run; });
+        }
+        return command;
+    }
+
+    void AddIngest()
+    {
+        CLI::App* command = AddCommand(mApp, "ingest", "Make and record the cache files of media files",
+                                       [this](Context& ioContext) { return Ingest(ioContext, mIngest); });
+        command->add_option("path", mIngest.paths, "Media files, or folders to look for media in")
+            ->required()
+            ->type_name("PATH");
+        command->add_option("-j,--jobs", mIngest.jobs, "Files to work on at a time (default: one a processor)")
+            ->check(CLI::Range(1, 1024))
+            ->type_name("N");
+        command->add_flag("--force", mIngest.force, "Make also what is up to date");
+    }
+
+    void AddCache()
+    {
+        CLI::App& cache = *AddCommand(mApp, "cache", "Look at and look after the media cache", nullptr);
+        cache.require_subcommand(1);
+        AddCacheQueries(cache);
+        AddCacheChanges(cache);
+        AddCacheCare(cache);
+    }
+
+    void AddCacheQueries(CLI::App& inCache)
+    {
+        CLI::App* find = AddCommand(inCache, "find", "Print the paths of recorded cache files; 1 when one is not there",
+                                    [this](Context& ioContext) { return CacheFind(ioContext, mFind); });
+        find->add_option("media", mFind.media, "Media file")->required()->type_name("MEDIA");
+        find->add_option("--stream", mFind.stream, "Only of this stream")->type_name("N");
+        find->add_option("--key", mFind.key, "Only with this key")->type_name("KEY");
+        find->add_flag("--up-to-date", mFind.upToDate, "Only what was made for the media as it is now");
+
+        AddMediaCommand(inCache, "show", "Print a media file's record in full", &CacheShow);
+        AddCommand(inCache, "list", "Print all records, one a line", &CacheList);
+        AddMediaCommand(inCache, "folder", "Print the folder where the media's cache files belong", &CacheFolder);
+        CLI::App* dump = AddCommand(inCache, "dump", "Print what a record file holds, in stored order",
+                                    [this](Context& ioContext) { return CacheDump(ioContext, mMedia); });
+        dump->add_option("file", mMedia, "Record file (.mcdb)")->required()->type_name("FILE");
+        AddCommand(inCache, "stats", "Print how many cache files there are and what they take", &CacheStats);
+    }
+
+    void AddMediaCommand(CLI::App& inCache, const char* inName, const char* inDescription,
+                         int (*inFunction)(Context&, const std::string&))
+    {
+        CLI::App* command = AddCommand(inCache, inName, inDescription, [this, inFunction](Context& ioContext) {
+            return inFunction(ioContext, mMedia);
+        });
+        command->add_option("media", mMedia, "Media file")->required()->type_name("MEDIA");
+    }
+
+    void AddCacheChanges(CLI::App& inCache)
+    {
+        CLI::App* invalidate = AddCommand(inCache, "invalidate", "Mark a media file's cache files as not up to date",
+                                          [this](Context& ioContext) { return CacheInvalidate(ioContext, mInvalidate); });
+        invalidate->add_option("media", mInvalidate.media, "Media file")->required()->type_name("MEDIA");
+        invalidate->add_option("--stream", mInvalidate.stream, "A stream that it has")->required()->type_name("N");
+
+        CLI::App* copy = AddCommand(inCache, "copy", "Let the cache files follow media that was copied to a folder",
+                                    [this](Context& ioContext) { return CacheCopy(ioContext, mCopy); });
+        copy->add_option("media", mCopy.media, "Media file that was copied")->required()->type_name("MEDIA");
+        copy->add_option("folder", mCopy.folder, "Folder that holds the copy, under the same name")
+            ->required()
+            ->type_name("FOLDER");
+    }
+
+    void AddCacheCare(CLI::App& inCache)
+    {
+        CLI::App* clean = AddCommand(inCache, "clean", "Remove the cache files of media that changed or is gone",
+                                     [this](Context& ioContext) { return CacheClean(ioContext, mDryRun); });
+        AddDryRun(*clean, mDryRun);
+
+        CLI::App* deleteAll = AddCommand(inCache, "delete-all", "Remove all records, cache, metadata and peak files",
+                                         [this](Context& ioContext) { return CacheDeleteAll(ioContext, mDeleteAll); });
+        deleteAll->add_flag("-y,--yes", mDeleteAll.yes, "Do not ask");
+        AddDryRun(*deleteAll, mDeleteAll.dryRun);
+
+        CLI::App* prune = AddCommand(inCache, "prune", "Remove the cache files that were not used for longest",
+                                     [this](Context& ioContext) { return CachePrune(ioContext, mPrune); });
+        prune
+            ->add_option_function<std::string>(
+                "--older-than",
+                [this](const std::string& inText) {
+                    mPrune.olderThan = ParseAge(inText);
+                    if (!mPrune.olderThan) {
+                        throw CLI::ValidationError("--older-than", "found " + inText + ", expected an age such as 90d, "
+                                                                                       "12h or 2w");
+                    }
+                },
+                "Those not used for this long: 90d, 12h, 2w")
+            ->type_name("AGE");
+        prune
+            ->add_option_function<std::string>(
+                "--max-size",
+                [this](const std::string& inText) {
+                    mPrune.maxBytes = ParseSize(inText);
+                    if (!mPrune.maxBytes) {
+                        throw CLI::ValidationError("--max-size", "found " + inText + ", expected a size such as 50G or "
+                                                                                     "800M");
+                    }
+                },
+                "As many as must go for the rest to fit: 50G, 800M")
+            ->type_name("SIZE");
+        AddDryRun(*prune, mPrune.dryRun);
+
+        CLI::App* verify = AddCommand(inCache, "verify", "Compare the records with what lies on disk",
+                                      [this](Context& ioContext) { return CacheVerify(ioContext, mVerify); });
+        CLI::Option* repair =
+            verify->add_flag("--repair", mVerify.repair, "Set records that cannot be read aside as .mcdb.bad");
+        AddDryRun(*verify, mVerify.dryRun)->needs(repair);
+    }
+
+    static CLI::Option* AddDryRun(CLI::App& inCommand, bool& outFlag)
+    {
+        return inCommand.add_flag("-n,--dry-run", outFlag, "Print what would be done and touch nothing");
+    }
+
+    void AddPrefs()
+    {
+        CLI::App& prefs = *AddCommand(mApp, "prefs", "Show and change the preferences of the media cache", nullptr);
+        prefs.require_subcommand(1);
+        AddCommand(prefs, "show", "Print all preferences", &PrefsShow);
+        CLI::App* set = AddCommand(prefs, "set", "Change one preference",
+                                   [this](Context& ioContext) { return PrefsSet(ioContext, mPrefsSet); });
+        set->add_option("key", mPrefsSet.key, "See prefs show")->required()->type_name("KEY");
+        set->add_option("value", mPrefsSet.value, "A folder; on or off; full, file or none; a size")
+            ->required()
+            ->type_name("VALUE");
+    }
+
+    void AddCompletion()
+    {
+        CLI::App* completion = mApp.add_subcommand("completion", "Print a shell's completion script");
+        completion->add_option("shell", mCompletionShell, "bash, zsh or fish")
+            ->required()
+            ->check(CLI::IsMember({"bash", "zsh", "fish"}))
+            ->type_name("SHELL");
+    }
+
+    static void LetOptionsStandAnywhere(CLI::App& inApp)
+    {
+        for (CLI::App* command : inApp.get_subcommands([](CLI::App*) { return true; })) {
+            command->fallthrough();
+            LetOptionsStandAnywhere(*command);
+        }
+    }
+
+    static CommandNode Describe(const CLI::App& inApp)
+    {
+        CommandNode node;
+        node.name = inApp.get_name();
+        node.description = inApp.get_description();
+        for (const CLI::Option* option : inApp.get_options()) {
+            if (option->get_positional()) {
+                node.takesFiles = node.name != "completion" && option->get_type_name() != "KEY";
+                continue;
+            }
+            CommandNode::Option described;
+            for (const std::string& name : option->get_snames()) {
+                described.names.push_back("-" + name);
+            }
+            for (const std::string& name : option->get_lnames()) {
+                described.names.push_back("--" + name);
+            }
+            described.description = option->get_description();
+            described.takesValue = option->get_items_expected_max() > 0;
+            described.takesFolder = option->get_type_name() == "DIR";
+            node.options.push_back(std::move(described));
+        }
+        if (node.name == "completion") {
+            node.positionalChoices = {"bash", "zsh", "fish"};
+        }
+        for (const CLI::App* command : inApp.get_subcommands([](const CLI::App*) { return true; })) {
+            node.commands.push_back(Describe(*command));
+        }
+        return node;
+    }
+
+    CLI::App mApp;
+    GlobalOptions mOptions;
+    Command mCommand;
+    IngestOptions mIngest;
+    FindOptions mFind;
+    std::string mMedia;
+    InvalidateOptions mInvalidate;
+    CopyOptions mCopy;
+    bool mDryRun = false;
+    DeleteAllOptions mDeleteAll;
+    PruneOptions mPrune;
+    VerifyOptions mVerify;
+    PrefsSetOptions mPrefsSet;
+    std::string mCompletionShell;
+};
+
+} // namespace
+
+int RunProgram(int inCount, char** inArguments) noexcept
+{
+    try {
+        Parser parser;
+        if (const auto status = parser.Parse(inCount, inArguments)) {
+            return *status;
+        }
+        return RunCommand(parser.GetOptions(), parser.GetCommand());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "trhost: %s\n", error.what());
+        return kExit_Failed;
+    }
+}
+
+} // namespace trhost

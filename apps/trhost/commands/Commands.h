@@ -1,0 +1,76 @@
+#pragma once
+
+#include "../support/Context.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Every command is a function of what it works with and of what was said on the command line. It returns
+/// the program's exit status, or throws: Failure carries its own, everything else means kExit_Failed.
+/// Paths are in the system's bytes.
+namespace trhost {
+
+struct IngestOptions {
+    std::vector<std::string> paths;
+    int jobs = 0; ///< 0 = as many as there are processors
+    bool force = false;
+};
+int Ingest(Context& ioContext, const IngestOptions& inOptions);
+
+struct FindOptions {
+    std::string media;
+    std::optional<std::string> stream;
+    std::optional<std::string> key;
+    bool upToDate = false;
+};
+int CacheFind(Context& ioContext, const FindOptions& inOptions);
+int CacheShow(Context& ioContext, const std::string& inMedia);
+int CacheList(Context& ioContext);
+int CacheFolder(Context& ioContext, const std::string& inMedia);
+int CacheDump(Context& ioContext, const std::string& inRecordFile);
+int CacheStats(Context& ioContext);
+
+struct InvalidateOptions {
+    std::string media;
+    unsigned long stream = 0;
+};
+int CacheInvalidate(Context& ioContext, const InvalidateOptions& inOptions);
+
+struct CopyOptions {
+    std::string media;
+    std::string folder;
+};
+int CacheCopy(Context& ioContext, const CopyOptions& inOptions);
+
+int CacheClean(Context& ioContext, bool inDryRun);
+
+struct DeleteAllOptions {
+    bool yes = false;
+    bool dryRun = false;
+};
+int CacheDeleteAll(Context& ioContext, const DeleteAllOptions& inOptions);
+
+struct PruneOptions {
+    std::optional<std::chrono::nanoseconds> olderThan;
+    std::optional<std::uint64_t> maxBytes;
+    bool dryRun = false;
+};
+int CachePrune(Context& ioContext, const PruneOptions& inOptions);
+
+struct VerifyOptions {
+    bool repair = false;
+    bool dryRun = false;
+};
+int CacheVerify(Context& ioContext, const VerifyOptions& inOptions);
+
+int PrefsShow(Context& ioContext);
+struct PrefsSetOptions {
+    std::string key;
+    std::string value;
+};
+int PrefsSet(Context& ioContext, const PrefsSetOptions& inOptions);
+
+} // namespace trhost

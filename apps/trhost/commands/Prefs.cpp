@@ -1,0 +1,145 @@
+// Preferences of the media cache.
+#include "Commands.h"
+
+#include "../support/Failure.h"
+#include "../support/HostSession.h"
+#include "../support/Quantities.h"
+
+#include <BE/Backend.h>
+#include <ZOL/PathUtils.h>
+#include <kiocore/filesupport/NativePath.h>
+
+#include <filesystem>
+
+namespace trhost {
+
+namespace {
+
+using kiocore::filesupport::Durability;
+using kiocore::utility::ToUTF16;
+
+struct FolderPreference {
+    const char* key;
+    FolderGetter get;
+    void (BE::IPreferences::*set)(const UTF16String&);
+};
+
+constexpr FolderPreference kFolders[] = {
+    {"database-folder", &BE::IPreferences::GetMediaCacheDatabaseFolder, &BE::IPreferences::SetMediaCacheDatabaseFolder},
+    {"cache-folder", &BE::IPreferences::GetMediaCacheFilesFolder, &BE::IPreferences::SetMediaCacheFilesFolder},
+    {"metadata-folder", &BE::IPreferences::GetFirstMetadataCacheFolder, &BE::IPreferences::SetFirstMetadataCacheFolder},
+    {"metadata-folder-2", &BE::IPreferences::GetSecondMetadataCacheFolder,
+     &BE::IPreferences::SetSecondMetadataCacheFolder},
+    {"peak-folder", &BE::IPreferences::GetPeakFilesFolder, &BE::IPreferences::SetPeakFilesFolder},
+};
+constexpr const char* kSideBySide = "side-by-side";
+constexpr const char* kDurability = "durability";
+constexpr const char* kMemoryBudget = "memory-budget";
+constexpr const char* kAllKeys = "database-folder, cache-folder, metadata-folder, metadata-folder-2, peak-folder, "
+                                 "side-by-side, durability, memory-budget";
+
+const char* NameOf(Durability inDurability)
+{
+    switch (inDurability) {
+    case Durability::kFull:
+        return "full";
+    case Durability::kFile:
+        return "file";
+    case Durability::kNone:
+        return "none";
+    }
+    return "";
+}
+
+[[noreturn]] void ThrowBadValue(const PrefsSetOptions& inOptions, const char* inExpected)
+{
+    throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/BadPreference=prefs set @0: found @1, expected @2",
+                                    {ToUTF16(inOptions.key), ToUTF16(inOptions.value), ToUTF16(inExpected)}));
+}
+
+UTF16String FolderFrom(const PrefsSetOptions& inOptions)
+{
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::absolute(inOptions.value, error);
+    if (inOptions.value.empty() || error) {
+        ThrowBadValue(inOptions, "a folder");
+    }
+    if (std::filesystem::exists(folder, error) && !std::filesystem::is_directory(folder, error)) {
+        ThrowBadValue(inOptions, "a folder; this is a file");
+    }
+    return ZOL::PathUtils::ToNormalizedPath(kiocore::filesupport::FromNative(folder.native()));
+}
+
+bool BoolFrom(const PrefsSetOptions& inOptions)
+{
+    if (inOptions.value == "on" || inOptions.value == "true" || inOptions.value == "yes") {
+        return true;
+    }
+    if (inOptions.value == "off" || inOptions.value == "false" || inOptions.value == "no") {
+        return false;
+    }
+    ThrowBadValue(inOptions, "on or off");
+}
+
+void Set(const PrefsSetOptions& inOptions)
+{
+    for (const FolderPreference& folder : kFolders) {
+        if (inOptions.key == folder.key) {
+            (Preferences().Get()->*folder.set)(FolderFrom(inOptions));
+            return;
+        }
+    }
+    if (inOptions.key == kSideBySide) {
+        BE::GetBackend()->GetProperties()->SetBool(BE::kPrefsMediaCacheFilesSideBySide, BoolFrom(inOptions));
+    } else if (inOptions.key == kDurability) {
+        for (Durability durability : {Durability::kFull, Durability::kFile, Durability::kNone}) {
+            if (inOptions.value == NameOf(durability)) {
+                Preferences()->SetDurability(durability);
+                return;
+            }
+        }
+        ThrowBadValue(inOptions, "full, file or none");
+    } else if (inOptions.key == kMemoryBudget) {
+        const auto bytes = ParseSize(inOptions.value);
+        if (!bytes) {
+            ThrowBadValue(inOptions, "a size such as 64M");
+        }
+        Preferences()->SetRecordMemoryBudget(*bytes);
+    } else {
+        throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/NoPreference=there is no preference @0; expected one of @1",
+                                        {ToUTF16(inOptions.key), ToUTF16(kAllKeys)}));
+    }
+}
+
+void ShowOne(Context& ioContext, const char* inKey, const UTF16String& inValue)
+{
+    ioContext.output.Result(ToUTF16(inKey) + u" = " + inValue, JsonLine().Add("key", inKey).Add("value", inValue));
+}
+
+} // namespace
+
+int PrefsShow(Context& ioContext)
+{
+    for (const FolderPreference& folder : kFolders) {
+        ShowOne(ioContext, folder.key, PreferredFolder(folder.get));
+    }
+    const bool sideBySide = BE::GetBackend()->GetProperties()->GetBool(BE::kPrefsMediaCacheFilesSideBySide, false);
+    ShowOne(ioContext, kSideBySide, sideBySide ? u"on" : u"off");
+    ShowOne(ioContext, kDurability, ToUTF16(NameOf(Preferences()->GetDurability())));
+    ShowOne(ioContext, kMemoryBudget, kiocore::utility::DecimalText(Preferences()->GetRecordMemoryBudget()));
+    return kExit_Done;
+}
+
+int PrefsSet(Context& ioContext, const PrefsSetOptions& inOptions)
+{
+    Set(inOptions);
+    MakeFolder(ZOL::PathUtils::GetFullDirectoryPart(ioContext.folders.preferencesFile));
+    if (Preferences()->Save() < 0) {
+        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/PreferencesNotSaved=the preferences file @0 could not be "
+                                         "saved",
+                                         {ioContext.folders.preferencesFile}));
+    }
+    return kExit_Done;
+}
+
+} // namespace trhost

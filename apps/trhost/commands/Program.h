@@ -1,0 +1,17 @@
+#pragma once
+
+#include "../support/Context.h"
+
+#include <functional>
+#include <string>
+
+namespace trhost {
+
+/// "trhost 14.0.0".
+std::string ProgramVersion();
+
+/// Brings the host up as the options say, runs the command, and brings the host down on every way out.
+/// @return the exit status; failures have become lines on standard error.
+int RunCommand(const GlobalOptions& inOptions, const std::function<int(Context&)>& inCommand);
+
+} // namespace trhost

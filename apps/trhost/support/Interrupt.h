@@ -1,0 +1,23 @@
+#pragma once
+
+namespace trhost {
+
+/// Turns SIGINT and SIGTERM into a flag. The first signal asks the command to stop; after it both signals
+/// have their usual effect again, so a second Ctrl-C ends the process.
+///
+/// Threading: made on the main thread before others run; the questions from any thread.
+class ScInterruptHandler {
+public:
+    ScInterruptHandler();
+    ~ScInterruptHandler();
+    ScInterruptHandler(const ScInterruptHandler&) = delete;
+    ScInterruptHandler& operator=(const ScInterruptHandler&) = delete;
+};
+
+bool IsInterrupted();
+/// Becomes readable, and stays so, with the first signal: for waiting on input and the signal together.
+int GetInterruptFile();
+/// @throws Failure (kExit_Failed, "interrupted") once a signal came.
+void ThrowIfInterrupted();
+
+} // namespace trhost

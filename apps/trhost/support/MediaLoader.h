@@ -1,0 +1,17 @@
+#pragma once
+
+#include <media/MediaModule.h>
+
+namespace trhost {
+
+/// The media module, loaded by the first call: most runs find everything up to date and never need it.
+/// @throws kio_exception (kError_File) when it is not there or cannot be loaded, naming what is missing;
+///     Failure (kExit_Failed) when it was built for another version of trhost.
+///
+/// Threading: any thread; callers wait for the first one.
+media::IMediaModule& LoadMediaModule();
+
+/// Where the module is looked for, relative to the program: UTF-8.
+std::string MediaModulePath();
+
+} // namespace trhost
