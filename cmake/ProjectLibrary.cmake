@@ -100,7 +100,7 @@ endfunction()
 function(project_bench name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} project_options benchmark::benchmark)
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} project_options)
 endfunction()
 
 # project_fuzz(fuzz_NAME SOURCES ... LIBRARIES ...): one libFuzzer program. Its seeds lie in corpus/NAME beside

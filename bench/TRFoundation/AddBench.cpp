@@ -140,12 +140,14 @@ void BenchMemory(CacheSetup& ioSetup)
         ioSetup.Clear();
         constexpr unsigned kDocuments = 1000;
         malloc_trim(0);
-        const struct mallinfo2 before = mallinfo2();
         ioSetup.AddDocuments(kDocuments, streams, items, true);
+        for (const auto& document : ioSetup.Documents()) {
+            UTF16String path;
+            ioSetup.Database().Find(document.id, CacheSetup::kState, StreamID(0), ItemKey(0), path);
+        }
         const struct mallinfo2 with = mallinfo2();
         TR::MediaAcceleratorDatabase::Shutdown();
         const struct mallinfo2 without = mallinfo2();
-        (void)before;
         const double perEntry = static_cast<double>(with.uordblks - without.uordblks) / kDocuments;
         std::size_t units = std::string("/projects/documentary/footage/day one/clip 123.mov").size();
         for (unsigned s = 0; s < streams; ++s) {

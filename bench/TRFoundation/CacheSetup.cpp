@@ -3,6 +3,7 @@
 #include <TR/TRFoundation.h>
 
 #include <BE/Backend.h>
+#include <BE/XMLFile.h>
 #include <ZOL/DirectoryRegistry.h>
 #include <kiocore/classref/ClassFactory.h>
 
@@ -51,31 +52,29 @@ void CacheSetup::SetMemoryBudget(std::uint64_t inBytes)
 const CacheSetup::Document& CacheSetup::AddDocument(unsigned inNumber, unsigned inStreams, unsigned inItems,
                                                     bool inShareFiles)
 {
-    const auto preferences = BE::GetBackend()->GetPreferences();
-    const auto durability = preferences->GetDurability();
-    preferences->SetDurability(kiocore::filesupport::Durability::kNone);
     Document document;
     document.id = Guid::FromHash(std::as_bytes(std::span(&inNumber, 1)), 1);
     document.record = DatabaseFolder() + document.id.AsUTF8() + "3584.mcdb";
-    const UTF16String original =
-        ToUTF16("/projects/documentary/footage/day one/clip " + std::to_string(inNumber) + ".mov");
-    // One write for the whole record: the entry is built in memory and stored by the last Add.
+    const auto entry = TR::MediaAcceleratorDatabaseEntry::Create(kState);
+    entry->SetOriginal(ToUTF16("/projects/documentary/footage/day one/clip " + std::to_string(inNumber) + ".mov"));
     for (unsigned s = 0; s < inStreams; ++s) {
         for (unsigned i = 0; i < inItems; ++i) {
             const std::string path = CacheFolder() + "clip " + std::to_string(inNumber) +
-                                     (inShareFiles ? "" : " " + std::to_string(s) + "-" + std::to_string(i)) +
-                                     ".cfa";
+                                     (inShareFiles ? "" : " " + std::to_string(s) + "-" + std::to_string(i)) + ".cfa";
             if (!inShareFiles || (s == 0 && i == 0)) {
                 std::ofstream(path) << "x";
             }
             document.items.push_back(path);
-            if (mDatabase->Add(document.id, kState, original, StreamID(s), ItemKey(i), ToUTF16(path), true) <
-                0) {
-                throw std::runtime_error("cannot record " + path);
-            }
+            entry->AddItem(StreamID(s), {ToUTF16(path), {}, ItemKey(i), true}, true);
         }
     }
-    preferences->SetDurability(durability);
+    // The whole record at once: 128 Adds of a document would save it 128 times.
+    const kiocore::InterfaceRef<BE::IXMLFileWriter> writer =
+        kiocore::classref::ClassFactory::CreateClassInstanceRef(BE::kXMLFileWriterClassID);
+    writer->GetDataWriter().WriteObject(TR::MediaAcceleratorDatabaseEntry::kMediaAcceleratorDatabaseEntryKey, entry);
+    if (writer->Save(ToUTF16(document.record)) < 0) {
+        throw std::runtime_error("cannot record " + document.record);
+    }
     mDocuments.push_back(std::move(document));
     return mDocuments.back();
 }
@@ -83,10 +82,15 @@ const CacheSetup::Document& CacheSetup::AddDocument(unsigned inNumber, unsigned 
 void CacheSetup::AddDocuments(unsigned inCount, unsigned inStreams, unsigned inItems, bool inShareFiles)
 {
     std::filesystem::create_directories(CacheFolder());
+    std::filesystem::create_directories(DatabaseFolder());
+    const auto preferences = BE::GetBackend()->GetPreferences();
+    const auto durability = preferences->GetDurability();
+    preferences->SetDurability(kiocore::filesupport::Durability::kNone);
     mDocuments.reserve(inCount);
     for (unsigned n = 0; n < inCount; ++n) {
         AddDocument(n, inStreams, inItems, inShareFiles);
     }
+    preferences->SetDurability(durability);
 }
 
 void CacheSetup::Clear()
