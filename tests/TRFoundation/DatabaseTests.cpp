@@ -258,7 +258,7 @@ TEST_F(Database, CopiesWhatAHandlerKnowsAndRecordsItUnderTheHandlersGuids)
     EXPECT_EQ(mDatabase->FindUpToDate(handler->newDocument, handler->newState, 4, u"k", path), 0);
     EXPECT_EQ(path, support::UTF16(copy));
     EXPECT_EQ(MediaAcceleratorDatabase::ReadEntry(handler->newDocument, handler->newState)->GetOriginal(),
-              mFolder.UTF16("copies/deep/x.wav"));
+              mFolder.UTF16("copies/deep/") + kDocument.AsString() + u".wav");
     EXPECT_TRUE(std::filesystem::exists(CacheFolder() / "a.cfa"));
 }
 

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include <sys/resource.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <chrono>

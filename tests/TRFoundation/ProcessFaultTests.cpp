@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <poll.h>
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <algorithm>
 #include <random>
 #include <set>
 #include <sstream>

@@ -4,7 +4,8 @@
 
 namespace support {
 
-/// Makes the test's thread the main thread for as long as it lives; runs what is left at the end.
+/// Makes the test's thread the main thread for as long as it lives; runs what is left at the end, so what
+/// posted work uses has to be declared before it, or the work run before the test ends.
 class ScMainThread {
 public:
     ScMainThread() : mThread(kiocore::threads::RegisterMainThread()) {}

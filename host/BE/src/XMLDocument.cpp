@@ -38,6 +38,45 @@ std::string Quoted(const char* inText)
     return "\"" + (text.size() > kMost ? text.substr(0, kMost) + "..." : text) + "\"";
 }
 
+/// Compares a name in our buffer with a literal in a load or two: the buffer goes on for kSlackBytes.
+template <std::size_t N>
+bool Is(const char* inName, const char (&inLiteral)[N])
+{
+    static_assert(N <= kSlackBytes);
+    return std::memcmp(inName, inLiteral, N) == 0;
+}
+
+/// @return false when the dialect has no such element.
+bool StoredTypeFromName(const char* inName, StoredType& outType)
+{
+    const auto is = [&](const auto& inLiteral, StoredType inType) {
+        outType = inType;
+        return Is(inName, inLiteral);
+    };
+    switch (inName[0]) {
+    case 'S':
+        return is("String", StoredType::kString);
+    case 'B':
+        return is("Binary", StoredType::kBinary) || is("Bool", StoredType::kBool);
+    case 'U':
+        return is("UInt32", StoredType::kUInt32) || is("UInt64", StoredType::kUInt64);
+    case 'I':
+        return is("Int32", StoredType::kInt32) || is("Int64", StoredType::kInt64);
+    case 'G':
+        return is("Guid", StoredType::kGuid);
+    case 'D':
+        return is("Double", StoredType::kDouble);
+    case 'E':
+        return is("Entry", StoredType::kEntry);
+    case 'M':
+        return is("Map", StoredType::kMap);
+    case 'O':
+        return is("Object", StoredType::kObject);
+    default:
+        return false;
+    }
+}
+
 /// The attributes that an element may have; absent ones are null.
 struct Attributes {
     const char* key = nullptr;
@@ -49,9 +88,9 @@ struct Attributes {
     /// @return null, or the name of an attribute that occurs twice. Attributes of other names are ignored.
     const char* Read(const pugi::xml_node& inNode)
     {
-        for (pugi::xml_attribute attribute = inNode.first_attribute(); attribute;
-             attribute = attribute.next_attribute()) {
-            const char* name = attribute.name();
+        pugi::xml_attribute attribute = inNode.first_attribute();
+        // Behind the last one the name is empty. Each question to the parser is a call, so ask few.
+        for (const char* name; *(name = attribute.name()); attribute = attribute.next_attribute()) {
             const char** place = PlaceOf(name);
             if (place && *place) {
                 return name;
@@ -68,15 +107,11 @@ private:
     {
         switch (inName[0]) {
         case 'K':
-            return std::strcmp(inName, "Key") == 0 ? &key : nullptr;
+            return Is(inName, "Key") ? &key : nullptr;
         case 'V':
-            return std::strcmp(inName, "Value") == 0     ? &value
-                   : std::strcmp(inName, "Version") == 0 ? &version
-                                                         : nullptr;
+            return Is(inName, "Value") ? &value : Is(inName, "Version") ? &version : nullptr;
         case 'C':
-            return std::strcmp(inName, "ClassID") == 0     ? &classID
-                   : std::strcmp(inName, "ClassName") == 0 ? &className
-                                                           : nullptr;
+            return Is(inName, "ClassID") ? &classID : Is(inName, "ClassName") ? &className : nullptr;
         default:
             return nullptr;
         }
@@ -93,17 +128,6 @@ struct NotTaken {
 const char* NameOf(StoredType inType)
 {
     return kTypeNames[static_cast<std::size_t>(inType)];
-}
-
-bool StoredTypeFromName(const char* inName, StoredType& outType)
-{
-    for (std::size_t i = 0; i < std::size(kTypeNames); ++i) {
-        if (inName[0] == kTypeNames[i][0] && std::strcmp(inName, kTypeNames[i]) == 0) {
-            outType = static_cast<StoredType>(i);
-            return true;
-        }
-    }
-    return false;
 }
 
 struct XMLDocument::Spare {
@@ -220,11 +244,11 @@ private:
 
     void AddElement(const pugi::xml_node& inNode, const StoredValue* inParent)
     {
-        if (inNode.type() != pugi::node_element) {
-            throw NotTaken{"has text between its elements: " + Quoted(inNode.value())};
-        }
         StoredType type;
         if (!StoredTypeFromName(inNode.name(), type)) {
+            if (inNode.type() != pugi::node_element) {
+                throw NotTaken{"has text between its elements: " + Quoted(inNode.value())};
+            }
             throw NotTaken{"has an unknown element " + Quoted(inNode.name())};
         }
         const bool inMap = inParent && inParent->type == StoredType::kMap;

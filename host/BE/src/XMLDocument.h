@@ -31,8 +31,6 @@ enum class StoredType : std::uint8_t {
     kEntry, ///< of a map
 };
 const char* NameOf(StoredType inType);
-/// @return false when the dialect has no such element.
-bool StoredTypeFromName(const char* inName, StoredType& outType);
 
 /// One element. Keys are decoded (but for an entry's); values stand as in the file.
 struct StoredValue {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 namespace BE {
 namespace {
@@ -21,13 +22,14 @@ struct ScFile {
 
 char* ByteBuffer::Reserve(std::size_t inSize)
 {
-    if (capacity < inSize) {
-        const std::size_t larger = std::max<std::size_t>(inSize, 16384);
+    if (capacity < inSize + kSlackBytes) {
+        const std::size_t larger = std::max<std::size_t>(inSize + kSlackBytes, 16384);
         bytes.reset(); // first, so that both are never there at once
         capacity = 0;
         bytes.reset(new char[larger]);
         capacity = larger;
     }
+    std::memset(bytes.get() + inSize, 0, kSlackBytes);
     return bytes.get();
 }
 

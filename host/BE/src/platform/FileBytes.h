@@ -8,12 +8,15 @@
 
 namespace BE {
 
+/// Readable zero bytes behind what a buffer holds, so that short names can be compared in one load.
+inline constexpr std::size_t kSlackBytes = 16;
+
 /// Memory that files are read into, kept for the next file. Not initialised.
 struct ByteBuffer {
     std::unique_ptr<char[]> bytes;
     std::size_t capacity = 0;
 
-    /// At least inSize bytes; what was in it is lost when it grows.
+    /// At least inSize bytes and kSlackBytes zeros behind them; what was in it is lost when it grows.
     char* Reserve(std::size_t inSize);
 };
 

@@ -53,6 +53,10 @@ TemporaryFile::~TemporaryFile()
 
 int TemporaryFile::Create(std::string_view inTarget, mode_t inMode)
 {
+    if (inTarget.empty()) {
+        errno = ENOENT; // beside no name there is no folder, and the working folder is not ours
+        return -1;
+    }
     for (int tries = 0; tries < kMostTries; ++tries) {
         std::string path = TemporaryNameBeside(inTarget);
         mFile = GetFileCalls().Open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, inMode);

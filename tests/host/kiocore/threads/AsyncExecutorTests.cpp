@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <future>
 #include <latch>
 #include <stdexcept>
@@ -275,6 +277,7 @@ TEST(AsyncExecutor, AtExitAcceptedWorkRunsAndLateHandlesAreRefused)
         SCOPED_TRACE(exitOnPoolThread ? "a task calls exit" : "main calls exit");
         int ends[2];
         ASSERT_EQ(pipe(ends), 0);
+        std::fflush(nullptr); // a child that exits would write what is buffered once more
         const pid_t child = fork();
         if (child == 0) {
             sExitPipe = ends[1];

@@ -42,7 +42,8 @@ public:
 
     std::string_view View() const noexcept
     {
-        return IsShared() ? SharedView() : std::string_view(mBytes, static_cast<unsigned char>(mBytes[kSizeAt]));
+        return IsShared() ? SharedView()
+                          : std::string_view(mBytes, static_cast<unsigned char>(mBytes[kSizeAt]));
     }
     operator std::string_view() const noexcept { return View(); }
     std::string AsString() const { return std::string(View()); }
@@ -75,7 +76,7 @@ private:
     void SetInline(std::string_view inText) noexcept
     {
         std::memset(mBytes, 0, sizeof(mBytes));
-        std::memcpy(mBytes, inText.data(), inText.size());
+        inText.copy(mBytes, inText.size()); // memcpy takes no null, not even for nothing
         mBytes[kSizeAt] = static_cast<char>(inText.size());
     }
     void Release() noexcept;
