@@ -77,7 +77,6 @@ private:
     void Plan();
     void PlanStream(const media::StreamInfo& inStream, media::OutputKind inKind, const char16_t* inKey,
                     const UTF16String& inFolder, const char16_t* inExtension);
-    void ForgetSameState();
     void Conform();
     void ThrowIfMediaChanged();
     void RecordItem(const UTF16String& inStreamID, const UTF16String& inKey, const UTF16String& inPath);
@@ -220,22 +219,8 @@ void Ingestion::PlanStream(const media::StreamInfo& inStream, media::OutputKind 
     mPlan.push_back(std::move(planned));
 }
 
-/// The database takes an item of the same path for the same item, so a file that is made anew under its name
-/// must not be found recorded.
-void Ingestion::ForgetSameState()
-{
-    if (!mForce || !mBefore || mBefore->contentState != mIdentity.contentState) {
-        return;
-    }
-    for (const RecordedItem& item : mBefore->items) {
-        if (!item.streamID.empty() && item.streamID != kStream_Media) {
-            mDatabase.Invalidate(mIdentity.documentID, mIdentity.contentState,
-                                 std::strtoul(kiocore::utility::ToUTF8(item.streamID).c_str(), nullptr, 10));
-            return; // that is the whole record
-        }
-    }
-}
-
+/// Files that are replaced under their names need not be forgotten first: the database drops what was written
+/// since it was recorded when it reads the record.
 void Ingestion::Conform()
 {
     std::vector<media::Output> outputs;
@@ -249,7 +234,6 @@ void Ingestion::Conform()
     if (outputs.empty()) {
         return;
     }
-    ForgetSameState();
     ProgressForwarder progress(mProgress);
     media::ConformResult result = mMedia->Conform(outputs, &progress, InterruptCancel());
     for (std::size_t i = 0; i < made.size() && i < result.outputs.size(); ++i) {
