@@ -48,6 +48,7 @@ Child::Child(const std::string& inProgram, const std::vector<std::string>& inArg
         dup2(out[1], 1);
         dup2(err[1], 2);
         setenv("LC_ALL", "C", 1);
+        setenv("LSAN_OPTIONS", "print_suppressions=0:suppressions=" LEAK_SUPPRESSIONS, 1);
         execv(inProgram.c_str(), arguments.data());
         _exit(127);
     }
