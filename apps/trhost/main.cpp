@@ -1,3 +1,6 @@
 #include "commands/CommandLine.h"
 
-int main(int inCount, char** inArguments) { return trhost::RunProgram(inCount, inArguments); }
+int main(int inCount, char** inArguments)
+{
+    return trhost::RunProgram(inCount, inArguments);
+}

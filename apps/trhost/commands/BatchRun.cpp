@@ -29,8 +29,7 @@ public:
     WatchingExecutor(std::shared_ptr<AsyncExecutor> inPool, std::shared_ptr<RunState> inState,
                      std::shared_ptr<kiocore::threads::MainThread> inMainThread)
         : mPool(std::move(inPool)), mState(std::move(inState)), mMainThread(std::move(inMainThread))
-    {
-    }
+    {}
 
     int Submit(Task inTask) override
     {
@@ -70,7 +69,8 @@ void RunBatchOperation(Context& ioContext,
         operation->GetStationID(), [&](const kiocore::messaging::Message& inMessage) {
             if (const auto* update = dynamic_cast<const ZOL::UpdateOperationProgressMessage*>(&inMessage)) {
                 progress = update->GetProgress();
-            } else if (const auto* words = dynamic_cast<const ZOL::UpdateOperationDescriptionMessage*>(&inMessage)) {
+            } else if (const auto* words =
+                           dynamic_cast<const ZOL::UpdateOperationDescriptionMessage*>(&inMessage)) {
                 bar.SetLabel(words->GetDescription());
             }
         });

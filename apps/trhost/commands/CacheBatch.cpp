@@ -29,7 +29,8 @@ using kiocore::utility::ToUTF16;
 
 void Say(Context& ioContext, const char* inAction, const char* inWhat, const UTF16String& inPath)
 {
-    ioContext.output.Result(inPath, JsonLine().Add("action", inAction).Add("what", inWhat).Add("path", inPath));
+    ioContext.output.Result(inPath,
+                            JsonLine().Add("action", inAction).Add("what", inWhat).Add("path", inPath));
 }
 
 /// What a cleaning would delete now, record by record as it goes through them.
@@ -44,8 +45,8 @@ void ShowCleaning(Context& ioContext)
         }
         Guid documentID;
         Guid contentState;
-        const bool upToDate = ResolveDocument(ZOL::PathUtils::ToNormalizedPath(record->originalPath), false, documentID,
-                                              contentState) >= 0 &&
+        const bool upToDate = ResolveDocument(ZOL::PathUtils::ToNormalizedPath(record->originalPath), false,
+                                              documentID, contentState) >= 0 &&
                               contentState == record->contentState;
         std::size_t kept = 0;
         for (const RecordedItem& item : record->items) {
@@ -76,13 +77,15 @@ std::vector<WipedFolder> WipedFolders(const Context& inContext)
     const auto normalised = [](const UTF16String& inFolder) {
         return kiocore::utility::FileUtils::AddTrailingSlash(ZOL::PathUtils::ToNormalizedPath(inFolder));
     };
-    const UTF16String shared = kiocore::utility::FileUtils::AddTrailingSlash(inContext.folders.sharedDocuments);
+    const UTF16String shared =
+        kiocore::utility::FileUtils::AddTrailingSlash(inContext.folders.sharedDocuments);
     const UTF16String sharedCache = normalised(shared + u"Media Cache Files");
     const UTF16String sharedPeaks = normalised(shared + u"Peak Files");
     const UTF16String cache = normalised(PreferredFolder(&BE::IPreferences::GetMediaCacheFilesFolder));
     const UTF16String peaks = normalised(PeakFilesFolder());
     std::vector<WipedFolder> folders{
-        {normalised(PreferredFolder(&BE::IPreferences::GetMediaCacheDatabaseFolder)), RecordExtensions(), "record"},
+        {normalised(PreferredFolder(&BE::IPreferences::GetMediaCacheDatabaseFolder)), RecordExtensions(),
+         "record"},
         {sharedCache, CacheExtensions(), "cacheFile"}};
     if (cache != sharedCache) {
         folders.push_back({cache, CacheExtensions(), "cacheFile"});
@@ -122,12 +125,13 @@ std::string ReadAnswer()
 bool AskWhetherToDelete(Context& ioContext)
 {
     if (isatty(STDIN_FILENO) != 1) {
-        throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/NobodyToAsk=cache delete-all asks before it deletes, but "
-                                        "standard input is no terminal; give --yes if you are sure"));
+        throw Failure(kExit_Usage,
+                      Text("$$$/Halcyon/TrHost/NobodyToAsk=cache delete-all asks before it deletes, but "
+                           "standard input is no terminal; give --yes if you are sure"));
     }
-    const UTF16String question =
-        Text("$$$/Halcyon/TrHost/DeleteAllQuestion=Delete all records, cache, metadata and peak files below @0? [y/N] ",
-             {ioContext.folders.cacheRoot});
+    const UTF16String question = Text("$$$/Halcyon/TrHost/DeleteAllQuestion=Delete all records, cache, "
+                                      "metadata and peak files below @0? [y/N] ",
+                                      {ioContext.folders.cacheRoot});
     std::fprintf(stderr, "%s", kiocore::utility::ToUTF8(question).c_str());
     std::fflush(stderr);
     const std::string answer = ReadAnswer();
@@ -176,11 +180,13 @@ int CacheDeleteAll(Context& ioContext, const DeleteAllOptions& inOptions)
         left += ZOL::FolderSearch::FindFiles(wiped.folder, wiped.extensions).Size();
     }
     if (left > 0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NotAllDeleted=@0 files could not be deleted; cache "
-                                         "delete-all --dry-run lists them",
-                                         {DecimalText(left)}));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/NotAllDeleted=@0 files could not be deleted; cache "
+                           "delete-all --dry-run lists them",
+                           {DecimalText(left)}));
     }
-    ioContext.output.Note(Text("$$$/Halcyon/TrHost/AllDeleted=the media cache is empty"), JsonLine().Add("left", 0));
+    ioContext.output.Note(Text("$$$/Halcyon/TrHost/AllDeleted=the media cache is empty"),
+                          JsonLine().Add("left", 0));
     return kExit_Done;
 }
 

@@ -55,17 +55,18 @@ public:
             ThrowIfInterrupted();
             PruneDocument(documentID);
         }
-        mContext.output.Note(Text("$$$/Halcyon/TrHost/Pruned=@0 cache files (@1) and @2 records @3; @4 remain",
-                                  {DecimalText(mFiles), ToUTF16(FormatSize(mBytes)), DecimalText(mRecords),
-                                   mOptions.dryRun ? Text("$$$/Halcyon/TrHost/WouldGo=would be removed")
-                                                   : Text("$$$/Halcyon/TrHost/Went=removed"),
-                                   ToUTF16(FormatSize(mTotalBytes - std::min(mTotalBytes, mBytes)))}),
-                             JsonLine()
-                                 .Add("summary", true)
-                                 .Add("dryRun", mOptions.dryRun)
-                                 .Add("files", mFiles)
-                                 .Add("bytes", mBytes)
-                                 .Add("records", mRecords));
+        mContext.output.Note(
+            Text("$$$/Halcyon/TrHost/Pruned=@0 cache files (@1) and @2 records @3; @4 remain",
+                 {DecimalText(mFiles), ToUTF16(FormatSize(mBytes)), DecimalText(mRecords),
+                  mOptions.dryRun ? Text("$$$/Halcyon/TrHost/WouldGo=would be removed")
+                                  : Text("$$$/Halcyon/TrHost/Went=removed"),
+                  ToUTF16(FormatSize(mTotalBytes - std::min(mTotalBytes, mBytes)))}),
+            JsonLine()
+                .Add("summary", true)
+                .Add("dryRun", mOptions.dryRun)
+                .Add("files", mFiles)
+                .Add("bytes", mBytes)
+                .Add("records", mRecords));
     }
 
 private:
@@ -76,17 +77,17 @@ private:
         std::set<Guid> documents;
         VisitRecords([&](Record& inRecord) {
             ThrowIfInterrupted();
-            const bool empty = std::none_of(inRecord.items.begin(), inRecord.items.end(), [](const RecordedItem& inItem) {
-                return inItem.state != ItemState::kMissing;
-            });
+            const bool empty =
+                std::none_of(inRecord.items.begin(), inRecord.items.end(),
+                             [](const RecordedItem& inItem) { return inItem.state != ItemState::kMissing; });
             if (empty) {
                 documents.insert(inRecord.name.documentID);
             }
             for (const RecordedItem& item : inRecord.items) {
                 if (item.state == ItemState::kPresent) {
                     mTotalBytes += item.sizeBytes;
-                    candidates.push_back({inRecord.name.documentID, item.streamID, item.key, item.path, item.sizeBytes,
-                                          item.accessed});
+                    candidates.push_back({inRecord.name.documentID, item.streamID, item.key, item.path,
+                                          item.sizeBytes, item.accessed});
                 }
             }
         });
@@ -125,7 +126,8 @@ private:
         for (const RecordedItem& item : record->items) {
             const auto chosen = mChosen.find(item.path);
             const bool goes = item.state == ItemState::kPresent && chosen != mChosen.end() &&
-                              chosen->second.accessed == item.accessed && chosen->second.bytes == item.sizeBytes;
+                              chosen->second.accessed == item.accessed &&
+                              chosen->second.bytes == item.sizeBytes;
             if (goes && DeleteCacheFile(item)) {
                 changed = true;
                 Say("cacheFile", item.path);
@@ -142,9 +144,10 @@ private:
             std::string error;
             const auto rest = ReadRecord(record->path, error);
             if (!rest || WriteRecord(rest->entry, record->path) < 0) {
-                mContext.output.Error(Text("$$$/Halcyon/TrHost/PruneNotWritten=@0 still names cache files that were "
-                                           "removed: it could not be saved",
-                                           {record->path}));
+                mContext.output.Error(
+                    Text("$$$/Halcyon/TrHost/PruneNotWritten=@0 still names cache files that were "
+                         "removed: it could not be saved",
+                         {record->path}));
             }
         }
     }
@@ -202,8 +205,9 @@ private:
 int CachePrune(Context& ioContext, const PruneOptions& inOptions)
 {
     if (!inOptions.olderThan && !inOptions.maxBytes) {
-        throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/PruneWhat=cache prune needs --older-than AGE, --max-size "
-                                        "SIZE, or both"));
+        throw Failure(kExit_Usage,
+                      Text("$$$/Halcyon/TrHost/PruneWhat=cache prune needs --older-than AGE, --max-size "
+                           "SIZE, or both"));
     }
     Pruning(ioContext, inOptions).Run();
     return kExit_Done;

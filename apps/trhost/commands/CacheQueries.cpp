@@ -20,7 +20,10 @@ namespace {
 using kiocore::utility::DecimalText;
 using kiocore::utility::ToUTF16;
 
-UTF16String SizeText(std::uint64_t inBytes) { return ToUTF16(FormatSize(inBytes)); }
+UTF16String SizeText(std::uint64_t inBytes)
+{
+    return ToUTF16(FormatSize(inBytes));
+}
 
 std::uint64_t SumOfSizes(const Record& inRecord)
 {
@@ -59,22 +62,25 @@ int CacheFind(Context& ioContext, const FindOptions& inOptions)
             ioContext.output.Result(path, object);
             continue;
         }
-        object.Add("state", inOptions.upToDate && item.state == ItemState::kPresent ? "stale" : NameOf(item.state));
+        object.Add("state",
+                   inOptions.upToDate && item.state == ItemState::kPresent ? "stale" : NameOf(item.state));
         if (ioContext.output.IsJson()) {
             ioContext.output.Result({}, object);
         }
         ioContext.output.Error(
             item.state == ItemState::kPresent
-                ? Text("$$$/Halcyon/TrHost/ItemStale=stream @0, @1: @2 was made for an earlier state of the media",
+                ? Text("$$$/Halcyon/TrHost/ItemStale=stream @0, @1: @2 was made for an earlier state of the "
+                       "media",
                        {item.streamID, item.key, item.path})
                 : Text("$$$/Halcyon/TrHost/ItemGone=stream @0, @1: @2 is recorded, but is @3",
                        {item.streamID, item.key, item.path, ToUTF16(NameOf(item.state))}));
     }
     if (asked == 0) {
-        throw Failure(kExit_Negative, Text("$$$/Halcyon/TrHost/NoSuchItem=the record of @0 has no such cache file "
-                                           "(stream @1, key @2)",
-                                           {media.identity.path, ToUTF16(inOptions.stream.value_or("any")),
-                                            ToUTF16(inOptions.key.value_or("any"))}));
+        throw Failure(kExit_Negative,
+                      Text("$$$/Halcyon/TrHost/NoSuchItem=the record of @0 has no such cache file "
+                           "(stream @1, key @2)",
+                           {media.identity.path, ToUTF16(inOptions.stream.value_or("any")),
+                            ToUTF16(inOptions.key.value_or("any"))}));
     }
     return found == asked ? kExit_Done : kExit_Negative;
 }
@@ -100,7 +106,8 @@ int CacheShow(Context& ioContext, const std::string& inMedia)
         return kExit_Done;
     }
     output.Line(Text("$$$/Halcyon/TrHost/ShowMedia=media          @0", {record.originalPath}));
-    output.Line(Text("$$$/Halcyon/TrHost/ShowDocument=document       @0", {record.name.documentID.AsString()}));
+    output.Line(
+        Text("$$$/Halcyon/TrHost/ShowDocument=document       @0", {record.name.documentID.AsString()}));
     output.Line(Text("$$$/Halcyon/TrHost/ShowState=content state  @0 (@1)",
                      {record.contentState.AsString(),
                       media.IsUpToDate() ? Text("$$$/Halcyon/TrHost/StateSame=the media's present one")
@@ -116,9 +123,10 @@ int CacheShow(Context& ioContext, const std::string& inMedia)
             lastStream = item.streamID;
             first = false;
         }
-        output.Line(Text("$$$/Halcyon/TrHost/ShowItem=  @0  @1  (@2)",
-                         {item.key, item.path,
-                          item.state == ItemState::kPresent ? SizeText(item.sizeBytes) : ToUTF16(NameOf(item.state))}));
+        output.Line(Text(
+            "$$$/Halcyon/TrHost/ShowItem=  @0  @1  (@2)",
+            {item.key, item.path,
+             item.state == ItemState::kPresent ? SizeText(item.sizeBytes) : ToUTF16(NameOf(item.state))}));
     }
     return kExit_Done;
 }
@@ -126,17 +134,16 @@ int CacheShow(Context& ioContext, const std::string& inMedia)
 int CacheList(Context& ioContext)
 {
     VisitRecords([&](Record& inRecord) {
-        ioContext.output.Result(
-            Text("$$$/Halcyon/TrHost/ListLine=@0  @1  (@2 cache files, @3)",
-                 {inRecord.name.documentID.AsString(), inRecord.originalPath, DecimalText(inRecord.items.size()),
-                  SizeText(SumOfSizes(inRecord))}),
-            JsonLine()
-                .Add("document", inRecord.name.documentID.AsUTF8())
-                .Add("media", inRecord.originalPath)
-                .Add("contentState", inRecord.contentState.AsUTF8())
-                .Add("record", inRecord.path)
-                .Add("items", inRecord.items.size())
-                .Add("bytes", SumOfSizes(inRecord)));
+        ioContext.output.Result(Text("$$$/Halcyon/TrHost/ListLine=@0  @1  (@2 cache files, @3)",
+                                     {inRecord.name.documentID.AsString(), inRecord.originalPath,
+                                      DecimalText(inRecord.items.size()), SizeText(SumOfSizes(inRecord))}),
+                                JsonLine()
+                                    .Add("document", inRecord.name.documentID.AsUTF8())
+                                    .Add("media", inRecord.originalPath)
+                                    .Add("contentState", inRecord.contentState.AsUTF8())
+                                    .Add("record", inRecord.path)
+                                    .Add("items", inRecord.items.size())
+                                    .Add("bytes", SumOfSizes(inRecord)));
     });
     return kExit_Done;
 }
@@ -146,8 +153,9 @@ int CacheFolder(Context& ioContext, const std::string& inMedia)
     const DocumentIdentity identity = IdentifyDocument(kiocore::filesupport::FromNative(inMedia));
     UTF16String folder;
     if (TR::GetMediaAcceleratorDirectoryPath(identity.path, folder) < 0) {
-        throw Failure(kExit_Negative, Text("$$$/Halcyon/TrHost/NoCacheFolder=the preferences name no folder for cache "
-                                           "files; see trhost prefs show"));
+        throw Failure(kExit_Negative,
+                      Text("$$$/Halcyon/TrHost/NoCacheFolder=the preferences name no folder for cache "
+                           "files; see trhost prefs show"));
     }
     ioContext.output.Result(folder, JsonLine().Add("media", identity.path).Add("folder", folder));
     return kExit_Done;
@@ -169,8 +177,9 @@ int CacheDump(Context& ioContext, const std::string& inRecordFile)
                           values.push_back({std::string(inType), std::string(inKey), inText});
                       });
     for (const Value& value : values) {
-        ioContext.output.Result(ToUTF16(value.key) + u" (" + ToUTF16(value.type) + u") = " + value.text,
-                                JsonLine().Add("key", value.key).Add("type", value.type).Add("value", value.text));
+        ioContext.output.Result(
+            ToUTF16(value.key) + u" (" + ToUTF16(value.type) + u") = " + value.text,
+            JsonLine().Add("key", value.key).Add("type", value.type).Add("value", value.text));
     }
     return kExit_Done;
 }
@@ -221,7 +230,8 @@ int CacheStats(Context& ioContext)
     output.Line(Text("$$$/Halcyon/TrHost/StatsFiles=@0 cache files, @1 (@2 more are missing or changed)",
                      {DecimalText(all.files), SizeText(all.bytes), DecimalText(gone)}));
     for (const auto& [key, sum] : byKey) {
-        output.Line(Text("$$$/Halcyon/TrHost/StatsKey=  @0: @1 files, @2", {key, DecimalText(sum.files), SizeText(sum.bytes)}));
+        output.Line(Text("$$$/Halcyon/TrHost/StatsKey=  @0: @1 files, @2",
+                         {key, DecimalText(sum.files), SizeText(sum.bytes)}));
     }
     return kExit_Done;
 }

@@ -47,7 +47,9 @@ bool HasExtension(const UTF16String& inPath, const std::vector<UTF16String>& inE
 
 class Verification {
 public:
-    Verification(Context& ioContext, const VerifyOptions& inOptions) : mContext(ioContext), mOptions(inOptions) {}
+    Verification(Context& ioContext, const VerifyOptions& inOptions)
+        : mContext(ioContext), mOptions(inOptions)
+    {}
 
     int Run()
     {
@@ -57,7 +59,8 @@ public:
         }
         mContext.output.Note(
             Text("$$$/Halcyon/TrHost/Verified=@0 records, @1 cache files: @2 findings, @3 repaired",
-                 {DecimalText(mRecords), DecimalText(mKnownFiles.size()), DecimalText(mFindings), DecimalText(mRepaired)}),
+                 {DecimalText(mRecords), DecimalText(mKnownFiles.size()), DecimalText(mFindings),
+                  DecimalText(mRepaired)}),
             JsonLine()
                 .Add("summary", true)
                 .Add("records", mRecords)
@@ -90,8 +93,9 @@ private:
                 if (const auto name = ParseRecordName(path)) {
                     documents[name->documentID].emplace_back(TagRank(name->tag), path);
                 } else {
-                    Report("foreignRecord", path,
-                           Text("$$$/Halcyon/TrHost/ForeignRecord=no record is looked for under such a name"));
+                    Report(
+                        "foreignRecord", path,
+                        Text("$$$/Halcyon/TrHost/ForeignRecord=no record is looked for under such a name"));
                 }
             }
         }
@@ -102,7 +106,8 @@ private:
         }
     }
 
-    void VerifyDocument(const Guid& inDocumentID, const std::vector<std::pair<std::size_t, UTF16String>>& inVersions)
+    void VerifyDocument(const Guid& inDocumentID,
+                        const std::vector<std::pair<std::size_t, UTF16String>>& inVersions)
     {
         UTF16String counts;
         for (const auto& [rank, path] : inVersions) {
@@ -117,9 +122,11 @@ private:
             for (const RecordedItem& item : record->items) {
                 mKnownFiles.insert(item.path);
                 if (counts.empty() && item.state != ItemState::kPresent) {
-                    Report(item.state == ItemState::kMissing ? "missingCacheFile" : "changedCacheFile", item.path,
-                           Text("$$$/Halcyon/TrHost/ItemNotPresent=is @0; recorded for @1, stream @2, @3",
-                                {ToUTF16(NameOf(item.state)), record->originalPath, item.streamID, item.key}));
+                    Report(
+                        item.state == ItemState::kMissing ? "missingCacheFile" : "changedCacheFile",
+                        item.path,
+                        Text("$$$/Halcyon/TrHost/ItemNotPresent=is @0; recorded for @1, stream @2, @3",
+                             {ToUTF16(NameOf(item.state)), record->originalPath, item.streamID, item.key}));
                 }
             }
             if (!counts.empty()) {
@@ -167,13 +174,13 @@ private:
 
     void SayRepaired(const UTF16String& inPath, const UTF16String& inAside)
     {
-        mContext.output.Note(mOptions.dryRun
-                                 ? Text("$$$/Halcyon/TrHost/WouldSetAside=would be set aside as @0", {inAside})
-                                 : Text("$$$/Halcyon/TrHost/SetAside=set aside as @0", {inAside}),
-                             JsonLine()
-                                 .Add("action", mOptions.dryRun ? "wouldSetAside" : "setAside")
-                                 .Add("path", inPath)
-                                 .Add("as", inAside));
+        mContext.output.Note(
+            mOptions.dryRun ? Text("$$$/Halcyon/TrHost/WouldSetAside=would be set aside as @0", {inAside})
+                            : Text("$$$/Halcyon/TrHost/SetAside=set aside as @0", {inAside}),
+            JsonLine()
+                .Add("action", mOptions.dryRun ? "wouldSetAside" : "setAside")
+                .Add("path", inPath)
+                .Add("as", inAside));
     }
 
     void VerifyFolder(const UTF16String& inFolder)
@@ -196,8 +203,10 @@ private:
 
     void ReportTemporary(const UTF16String& inPath)
     {
-        Report("temporaryFile", inPath,
-               Text("$$$/Halcyon/TrHost/Temporary=left over from a save that was cut short, or one at work now"));
+        Report(
+            "temporaryFile", inPath,
+            Text(
+                "$$$/Halcyon/TrHost/Temporary=left over from a save that was cut short, or one at work now"));
     }
 
     Context& mContext;

@@ -57,7 +57,11 @@ public:
             mApp.exit(success, std::cout, std::cerr); // help or version
             return kExit_Done;
         } catch (const CLI::ParseError& error) {
-            std::string text = error.what();
+            // A word that is no command also leaves the command missing; the word is what helps.
+            const std::vector<std::string> unknown = mApp.remaining(true);
+            std::string text = error.get_exit_code() == int(CLI::ExitCodes::RequiredError) && !unknown.empty()
+                                   ? "there is no command or option " + unknown.front()
+                                   : error.what();
             for (char& letter : text) {
                 letter = letter == '\n' ? ' ' : letter;
             }
@@ -79,16 +83,19 @@ private:
     void AddGlobalOptions()
     {
         mApp.set_version_flag("--version", ProgramVersion(), "Print the version");
-        mApp.add_option("--state", mOptions.stateFolder,
-                        "Keep preferences, records and cache files below this folder (default: the XDG folders)")
+        mApp.add_option(
+                "--state", mOptions.stateFolder,
+                "Keep preferences, records and cache files below this folder (default: the XDG folders)")
             ->type_name("DIR");
         mApp.add_flag("--json", mOptions.json, "Print one JSON object a line");
         mApp.add_flag("-q,--quiet", mOptions.quiet, "Print answers and errors only");
         mApp.add_option("--lang", mOptions.language, "Language of texts (default: from the environment)")
             ->type_name("LANGUAGE");
-        mApp.add_option("--suite-version", mOptions.suiteVersion, "Version of the host suite to work as (14.0)")
+        mApp.add_option("--suite-version", mOptions.suiteVersion,
+                        "Version of the host suite to work as (14.0)")
             ->type_name("VERSION");
-        mApp.add_option("--app-name", mOptions.applicationName, "Name of the host application")->type_name("NAME");
+        mApp.add_option("--app-name", mOptions.applicationName, "Name of the host application")
+            ->type_name("NAME");
         mApp.add_option("--app-type", mOptions.applicationType, "Number of the host application's kind")
             ->type_name("NUMBER");
         mApp.add_option("--trace", mOptions.traces, "Trace a channel to standard error; may be repeated")
@@ -114,7 +121,8 @@ private:
         command->add_option("path", mIngest.paths, "Media files, or folders to look for media in")
             ->required()
             ->type_name("PATH");
-        command->add_option("-j,--jobs", mIngest.jobs, "Files to work on at a time (default: one a processor)")
+        command
+            ->add_option("-j,--jobs", mIngest.jobs, "Files to work on at a time (default: one a processor)")
             ->check(CLI::Range(1, 1024))
             ->type_name("N");
         command->add_flag("--force", mIngest.force, "Make also what is up to date");
@@ -131,8 +139,9 @@ private:
 
     void AddCacheQueries(CLI::App& inCache)
     {
-        CLI::App* find = AddCommand(inCache, "find", "Print the paths of recorded cache files; 1 when one is not there",
-                                    [this](Context& ioContext) { return CacheFind(ioContext, mFind); });
+        CLI::App* find =
+            AddCommand(inCache, "find", "Print the paths of recorded cache files; 1 when one is not there",
+                       [this](Context& ioContext) { return CacheFind(ioContext, mFind); });
         find->add_option("media", mFind.media, "Media file")->required()->type_name("MEDIA");
         find->add_option("--stream", mFind.stream, "Only of this stream")->type_name("N");
         find->add_option("--key", mFind.key, "Only with this key")->type_name("KEY");
@@ -140,7 +149,8 @@ private:
 
         AddMediaCommand(inCache, "show", "Print a media file's record in full", &CacheShow);
         AddCommand(inCache, "list", "Print all records, one a line", &CacheList);
-        AddMediaCommand(inCache, "folder", "Print the folder where the media's cache files belong", &CacheFolder);
+        AddMediaCommand(inCache, "folder", "Print the folder where the media's cache files belong",
+                        &CacheFolder);
         CLI::App* dump = AddCommand(inCache, "dump", "Print what a record file holds, in stored order",
                                     [this](Context& ioContext) { return CacheDump(ioContext, mMedia); });
         dump->add_option("file", mMedia, "Record file (.mcdb)")->required()->type_name("FILE");
@@ -150,21 +160,25 @@ private:
     void AddMediaCommand(CLI::App& inCache, const char* inName, const char* inDescription,
                          int (*inFunction)(Context&, const std::string&))
     {
-        CLI::App* command = AddCommand(inCache, inName, inDescription, [this, inFunction](Context& ioContext) {
-            return inFunction(ioContext, mMedia);
-        });
+        CLI::App* command =
+            AddCommand(inCache, inName, inDescription,
+                       [this, inFunction](Context& ioContext) { return inFunction(ioContext, mMedia); });
         command->add_option("media", mMedia, "Media file")->required()->type_name("MEDIA");
     }
 
     void AddCacheChanges(CLI::App& inCache)
     {
-        CLI::App* invalidate = AddCommand(inCache, "invalidate", "Mark a media file's cache files as not up to date",
-                                          [this](Context& ioContext) { return CacheInvalidate(ioContext, mInvalidate); });
+        CLI::App* invalidate =
+            AddCommand(inCache, "invalidate", "Mark a media file's cache files as not up to date",
+                       [this](Context& ioContext) { return CacheInvalidate(ioContext, mInvalidate); });
         invalidate->add_option("media", mInvalidate.media, "Media file")->required()->type_name("MEDIA");
-        invalidate->add_option("--stream", mInvalidate.stream, "A stream that it has")->required()->type_name("N");
+        invalidate->add_option("--stream", mInvalidate.stream, "A stream that it has")
+            ->required()
+            ->type_name("N");
 
-        CLI::App* copy = AddCommand(inCache, "copy", "Let the cache files follow media that was copied to a folder",
-                                    [this](Context& ioContext) { return CacheCopy(ioContext, mCopy); });
+        CLI::App* copy =
+            AddCommand(inCache, "copy", "Let the cache files follow media that was copied to a folder",
+                       [this](Context& ioContext) { return CacheCopy(ioContext, mCopy); });
         copy->add_option("media", mCopy.media, "Media file that was copied")->required()->type_name("MEDIA");
         copy->add_option("folder", mCopy.folder, "Folder that holds the copy, under the same name")
             ->required()
@@ -173,25 +187,29 @@ private:
 
     void AddCacheCare(CLI::App& inCache)
     {
-        CLI::App* clean = AddCommand(inCache, "clean", "Remove the cache files of media that changed or is gone",
-                                     [this](Context& ioContext) { return CacheClean(ioContext, mDryRun); });
+        CLI::App* clean =
+            AddCommand(inCache, "clean", "Remove the cache files of media that changed or is gone",
+                       [this](Context& ioContext) { return CacheClean(ioContext, mDryRun); });
         AddDryRun(*clean, mDryRun);
 
-        CLI::App* deleteAll = AddCommand(inCache, "delete-all", "Remove all records, cache, metadata and peak files",
-                                         [this](Context& ioContext) { return CacheDeleteAll(ioContext, mDeleteAll); });
+        CLI::App* deleteAll =
+            AddCommand(inCache, "delete-all", "Remove all records, cache, metadata and peak files",
+                       [this](Context& ioContext) { return CacheDeleteAll(ioContext, mDeleteAll); });
         deleteAll->add_flag("-y,--yes", mDeleteAll.yes, "Do not ask");
         AddDryRun(*deleteAll, mDeleteAll.dryRun);
 
-        CLI::App* prune = AddCommand(inCache, "prune", "Remove the cache files that were not used for longest",
-                                     [this](Context& ioContext) { return CachePrune(ioContext, mPrune); });
+        CLI::App* prune =
+            AddCommand(inCache, "prune", "Remove the cache files that were not used for longest",
+                       [this](Context& ioContext) { return CachePrune(ioContext, mPrune); });
         prune
             ->add_option_function<std::string>(
                 "--older-than",
                 [this](const std::string& inText) {
                     mPrune.olderThan = ParseAge(inText);
                     if (!mPrune.olderThan) {
-                        throw CLI::ValidationError("--older-than", "found " + inText + ", expected an age such as 90d, "
-                                                                                       "12h or 2w");
+                        throw CLI::ValidationError("--older-than", "found " + inText +
+                                                                       ", expected an age such as 90d, "
+                                                                       "12h or 2w");
                     }
                 },
                 "Those not used for this long: 90d, 12h, 2w")
@@ -202,8 +220,9 @@ private:
                 [this](const std::string& inText) {
                     mPrune.maxBytes = ParseSize(inText);
                     if (!mPrune.maxBytes) {
-                        throw CLI::ValidationError("--max-size", "found " + inText + ", expected a size such as 50G or "
-                                                                                     "800M");
+                        throw CLI::ValidationError("--max-size", "found " + inText +
+                                                                     ", expected a size such as 50G or "
+                                                                     "800M");
                     }
                 },
                 "As many as must go for the rest to fit: 50G, 800M")
@@ -212,8 +231,8 @@ private:
 
         CLI::App* verify = AddCommand(inCache, "verify", "Compare the records with what lies on disk",
                                       [this](Context& ioContext) { return CacheVerify(ioContext, mVerify); });
-        CLI::Option* repair =
-            verify->add_flag("--repair", mVerify.repair, "Set records that cannot be read aside as .mcdb.bad");
+        CLI::Option* repair = verify->add_flag("--repair", mVerify.repair,
+                                               "Set records that cannot be read aside as .mcdb.bad");
         AddDryRun(*verify, mVerify.dryRun)->needs(repair);
     }
 
@@ -224,7 +243,8 @@ private:
 
     void AddPrefs()
     {
-        CLI::App& prefs = *AddCommand(mApp, "prefs", "Show and change the preferences of the media cache", nullptr);
+        CLI::App& prefs =
+            *AddCommand(mApp, "prefs", "Show and change the preferences of the media cache", nullptr);
         prefs.require_subcommand(1);
         AddCommand(prefs, "show", "Print all preferences", &PrefsShow);
         CLI::App* set = AddCommand(prefs, "set", "Change one preference",

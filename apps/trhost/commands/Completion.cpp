@@ -95,24 +95,28 @@ std::string BashScript(const CommandNode& inRoot)
                 continue;
             }
             for (const std::string& name : option.names) {
-                const std::string found = !option.choices.empty() ? "compgen -W " + Quote(Join(option.choices)) + " --"
-                                          : option.takesFolder    ? std::string("compgen -d --")
-                                                                  : std::string();
+                const std::string found = !option.choices.empty()
+                                              ? "compgen -W " + Quote(Join(option.choices)) + " --"
+                                          : option.takesFolder ? std::string("compgen -d --")
+                                                               : std::string();
                 values += "        " + Quote(Words(inPath) + ":" + name) + ") " +
-                          (found.empty() ? "COMPREPLY=()" : "mapfile -t COMPREPLY < <(" + found + " \"$current\")") +
+                          (found.empty() ? "COMPREPLY=()"
+                                         : "mapfile -t COMPREPLY < <(" + found + " \"$current\")") +
                           "; return ;;\n";
             }
         }
-        offers += "        " + Quote(Words(inPath)) + ") mapfile -t COMPREPLY < <(compgen -W " + Quote(Join(candidates)) +
-                  " -- \"$current\")" +
-                  (node.takesFiles ? "\n            mapfile -t -O \"${#COMPREPLY[@]}\" COMPREPLY < <(compgen -f -- \"$current\")"
+        offers += "        " + Quote(Words(inPath)) + ") mapfile -t COMPREPLY < <(compgen -W " +
+                  Quote(Join(candidates)) + " -- \"$current\")" +
+                  (node.takesFiles ? "\n            mapfile -t -O \"${#COMPREPLY[@]}\" COMPREPLY < <(compgen "
+                                     "-f -- \"$current\")"
                                    : "") +
                   " ;;\n";
     });
     return "# Completion of trhost for bash: source <(trhost completion bash)\n"
            "_trhost()\n"
            "{\n"
-           "    local current=\"${COMP_WORDS[COMP_CWORD]}\" previous=\"${COMP_WORDS[COMP_CWORD-1]}\" command='' next i\n"
+           "    local current=\"${COMP_WORDS[COMP_CWORD]}\" previous=\"${COMP_WORDS[COMP_CWORD-1]}\" "
+           "command='' next i\n"
            "    for ((i = 1; i < COMP_CWORD; i++)); do\n"
            "        next=\"${command:+$command }${COMP_WORDS[i]}\"\n"
            "        case \"$next\" in\n" +
@@ -158,7 +162,8 @@ std::string FishScript(const CommandNode& inRoot)
                          "complete -c trhost -f\n";
     VisitAll(inRoot, [&](const Path& inPath) {
         const CommandNode& node = *inPath.back();
-        const std::string at = "complete -c trhost -n " + Quote("__trhost_at" + (inPath.size() > 1 ? " " + Words(inPath) : ""));
+        const std::string at =
+            "complete -c trhost -n " + Quote("__trhost_at" + (inPath.size() > 1 ? " " + Words(inPath) : ""));
         for (const CommandNode& command : node.commands) {
             script += at + " -a " + Quote(command.name) + " -d " + Quote(command.description) + "\n";
         }
@@ -191,8 +196,8 @@ std::string FishScript(const CommandNode& inRoot)
 
 std::string CompletionScript(const CommandNode& inRoot, const std::string& inShell)
 {
-    return inShell == "bash" ? BashScript(inRoot)
-           : inShell == "zsh" ? ZshScript(inRoot)
+    return inShell == "bash"   ? BashScript(inRoot)
+           : inShell == "zsh"  ? ZshScript(inRoot)
            : inShell == "fish" ? FishScript(inRoot)
                                : std::string();
 }

@@ -150,11 +150,13 @@ private:
         switch (outcome.kind) {
         case Kind::kMade:
             output.Note(Text("$$$/Halcyon/TrHost/Made=made @0 (@1 cache files, @2)",
-                             {inJob.path, DecimalText(outcome.files.size()), ToUTF16(FormatDuration(outcome.seconds))}),
+                             {inJob.path, DecimalText(outcome.files.size()),
+                              ToUTF16(FormatDuration(outcome.seconds))}),
                         object);
             break;
         case Kind::kSkipped:
-            output.Note(Text("$$$/Halcyon/TrHost/Skipped=skipped @0: @1", {inJob.path, outcome.reason}), object);
+            output.Note(Text("$$$/Halcyon/TrHost/Skipped=skipped @0: @1", {inJob.path, outcome.reason}),
+                        object);
             break;
         case Kind::kFailed:
             output.Error(inJob.path + u": " + outcome.reason);
@@ -180,7 +182,8 @@ private:
             done += job.bytes * job.fraction.load(std::memory_order_relaxed);
         }
         ioBar.Show(mTotalBytes > 0 ? done / mTotalBytes : 0,
-                   Text("$$$/Halcyon/TrHost/FilesOf=@0 of @1 files", {DecimalText(mReported), DecimalText(mJobs.size())}));
+                   Text("$$$/Halcyon/TrHost/FilesOf=@0 of @1 files",
+                        {DecimalText(mReported), DecimalText(mJobs.size())}));
     }
 
     Context& mContext;
@@ -208,8 +211,8 @@ UTF16String SummaryLine(const IngestRun& inRun, std::size_t inFiles, double inSe
         rest += Text("$$$/Halcyon/TrHost/CountCancelled=, @0 not done", {DecimalText(cancelled)});
     }
     return Text("$$$/Halcyon/TrHost/IngestSummary=@0: @1 made, @2 up to date@3, @4 failed (@5)",
-                {files, DecimalText(inRun.Count(Kind::kMade)), DecimalText(inRun.Count(Kind::kUpToDate)), rest,
-                 DecimalText(inRun.Count(Kind::kFailed)), duration});
+                {files, DecimalText(inRun.Count(Kind::kMade)), DecimalText(inRun.Count(Kind::kUpToDate)),
+                 rest, DecimalText(inRun.Count(Kind::kFailed)), duration});
 }
 
 } // namespace
@@ -231,15 +234,16 @@ int Ingest(Context& ioContext, const IngestOptions& inOptions)
     run.Run();
 
     const double seconds = std::chrono::duration<double>(clock.SteadyTime() - start).count();
-    ioContext.output.Note(SummaryLine(run, jobs.size(), seconds), JsonLine()
-                                                                      .Add("summary", true)
-                                                                      .Add("files", jobs.size())
-                                                                      .Add("made", run.Count(Kind::kMade))
-                                                                      .Add("upToDate", run.Count(Kind::kUpToDate))
-                                                                      .Add("skipped", run.Count(Kind::kSkipped))
-                                                                      .Add("cancelled", run.Count(Kind::kCancelled))
-                                                                      .Add("failed", run.Count(Kind::kFailed))
-                                                                      .Add("seconds", seconds));
+    ioContext.output.Note(SummaryLine(run, jobs.size(), seconds),
+                          JsonLine()
+                              .Add("summary", true)
+                              .Add("files", jobs.size())
+                              .Add("made", run.Count(Kind::kMade))
+                              .Add("upToDate", run.Count(Kind::kUpToDate))
+                              .Add("skipped", run.Count(Kind::kSkipped))
+                              .Add("cancelled", run.Count(Kind::kCancelled))
+                              .Add("failed", run.Count(Kind::kFailed))
+                              .Add("seconds", seconds));
     ThrowIfInterrupted();
     return run.Count(Kind::kFailed) > 0 ? kExit_Failed : kExit_Done;
 }

@@ -35,9 +35,9 @@ struct Planned {
     UTF16String streamID;
     UTF16String key;
     UTF16String path;
-    std::string reason;     // why it cannot be made
-    media::Output output;   // for the media module
-    bool wanted = true;     // false: recorded and up to date
+    std::string reason;   // why it cannot be made
+    media::Output output; // for the media module
+    bool wanted = true;   // false: recorded and up to date
 };
 
 class InterruptCancel final : public media::ICancel {
@@ -59,8 +59,7 @@ class Ingestion {
 public:
     Ingestion(DocumentIdentity inIdentity, bool inForce, const std::function<void(double)>& inProgress)
         : mIdentity(std::move(inIdentity)), mForce(inForce), mProgress(inProgress)
-    {
-    }
+    {}
 
     IngestOutcome Run()
     {
@@ -78,7 +77,6 @@ private:
     void Plan();
     void PlanStream(const media::StreamInfo& inStream, media::OutputKind inKind, const char16_t* inKey,
                     const UTF16String& inFolder, const char16_t* inExtension);
-    void ForgetSameState();
     void Conform();
     void ThrowIfMediaChanged();
     void RecordItem(const UTF16String& inStreamID, const UTF16String& inKey, const UTF16String& inPath);
@@ -102,7 +100,8 @@ private:
 
 bool Ingestion::FindsUpToDate(const UTF16String& inStreamID, const UTF16String& inKey, UTF16String& outPath)
 {
-    return mDatabase.FindUpToDate(mIdentity.documentID, mIdentity.contentState, inStreamID, inKey, outPath) == 0;
+    return mDatabase.FindUpToDate(mIdentity.documentID, mIdentity.contentState, inStreamID, inKey, outPath) ==
+           0;
 }
 
 bool Ingestion::IsUpToDate()
@@ -128,8 +127,9 @@ bool Ingestion::IsUpToDate()
 void Ingestion::Make()
 {
     if (TR::GetMediaAcceleratorDirectoryPath(mIdentity.path, mFolder) < 0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NoCacheFolder=the preferences name no folder for cache "
-                                         "files; see trhost prefs show"));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/NoCacheFolder=the preferences name no folder for cache "
+                           "files; see trhost prefs show"));
     }
     MakeFolder(mFolder);
     MakeFolder(PeakFilesFolder());
@@ -142,7 +142,8 @@ void Ingestion::Make()
         Plan();
         Conform();
     } catch (const kiocore::kio_exception& error) {
-        if (error.Code() != media::kMediaError_NotMedia && error.Code() != media::kMediaError_NothingDecoded) {
+        if (error.Code() != media::kMediaError_NotMedia &&
+            error.Code() != media::kMediaError_NothingDecoded) {
             throw;
         }
         // Recorded as well, so that the media libraries are not brought up for this file every time.
@@ -170,9 +171,10 @@ void Ingestion::Open()
     mSummary.container = mMedia->Container();
     mSummary.durationSeconds = mMedia->DurationSeconds();
     for (const media::StreamInfo& stream : mMedia->Streams()) {
-        mSummary.streams.push_back({stream.index, stream.kind == media::StreamKind::kAudio ? "audio" : "video",
-                                    stream.codec, stream.sampleRate, stream.channels, stream.width, stream.height,
-                                    stream.framesPerSecond, stream.durationSeconds, stream.language});
+        mSummary.streams.push_back(
+            {stream.index, stream.kind == media::StreamKind::kAudio ? "audio" : "video", stream.codec,
+             stream.sampleRate, stream.channels, stream.width, stream.height, stream.framesPerSecond,
+             stream.durationSeconds, stream.language});
     }
 }
 
@@ -190,7 +192,8 @@ void Ingestion::Plan()
             break;
         }
     }
-    const bool any = std::any_of(mPlan.begin(), mPlan.end(), [](const Planned& p) { return p.reason.empty(); });
+    const bool any =
+        std::any_of(mPlan.begin(), mPlan.end(), [](const Planned& p) { return p.reason.empty(); });
     if (!any) {
         mSummary.reason = mPlan.empty() ? "no audio and no video in it" : mPlan.front().reason;
     }
@@ -206,30 +209,18 @@ void Ingestion::PlanStream(const media::StreamInfo& inStream, media::OutputKind 
         planned.reason = "no decoder for " + inStream.codec;
         planned.wanted = false;
     } else if (!mForce && FindsUpToDate(planned.streamID, planned.key, planned.path)) {
-        planned.wanted = false; // left by a run that was interrupted, or by someone who deleted its neighbours
+        planned.wanted =
+            false; // left by a run that was interrupted, or by someone who deleted its neighbours
     } else {
-        planned.path = CacheFilePath(inFolder, mIdentity.path, mIdentity.documentID, planned.streamID, inExtension);
+        planned.path =
+            CacheFilePath(inFolder, mIdentity.path, mIdentity.documentID, planned.streamID, inExtension);
         planned.output = {inKind, inStream.index, kiocore::filesupport::ToNative(planned.path)};
     }
     mPlan.push_back(std::move(planned));
 }
 
-/// The database takes an item of the same path for the same item, so a file that is made anew under its name
-/// must not be found recorded.
-void Ingestion::ForgetSameState()
-{
-    if (!mForce || !mBefore || mBefore->contentState != mIdentity.contentState) {
-        return;
-    }
-    for (const RecordedItem& item : mBefore->items) {
-        if (!item.streamID.empty() && item.streamID != kStream_Media) {
-            mDatabase.Invalidate(mIdentity.documentID, mIdentity.contentState,
-                                 std::strtoul(kiocore::utility::ToUTF8(item.streamID).c_str(), nullptr, 10));
-            return; // that is the whole record
-        }
-    }
-}
-
+/// Files that are replaced under their names need not be forgotten first: the database drops what was written
+/// since it was recorded when it reads the record.
 void Ingestion::Conform()
 {
     std::vector<media::Output> outputs;
@@ -243,12 +234,12 @@ void Ingestion::Conform()
     if (outputs.empty()) {
         return;
     }
-    ForgetSameState();
     ProgressForwarder progress(mProgress);
     media::ConformResult result = mMedia->Conform(outputs, &progress, InterruptCancel());
     for (std::size_t i = 0; i < made.size() && i < result.outputs.size(); ++i) {
         if (!result.outputs[i].made) {
-            made[i]->reason = result.outputs[i].reason.empty() ? "nothing could be decoded" : result.outputs[i].reason;
+            made[i]->reason =
+                result.outputs[i].reason.empty() ? "nothing could be decoded" : result.outputs[i].reason;
         }
     }
     mOutcome.warnings = std::move(result.warnings);
@@ -259,18 +250,20 @@ void Ingestion::ThrowIfMediaChanged()
 {
     mMedia.reset();
     if (IdentifyDocument(mIdentity.path).contentState != mIdentity.contentState) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/MediaChanged=it changed while it was read; try again once "
-                                         "it is complete"));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/MediaChanged=it changed while it was read; try again once "
+                           "it is complete"));
     }
 }
 
 void Ingestion::RecordItem(const UTF16String& inStreamID, const UTF16String& inKey, const UTF16String& inPath)
 {
-    if (mDatabase.Add(mIdentity.documentID, mIdentity.contentState, mIdentity.path, inStreamID, inKey, inPath, true) <
-        0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NotRecorded=the cache file @0 is complete, but its record "
-                                         "@1 could not be saved",
-                                         {inPath, RecordPaths(mIdentity.documentID).front()}));
+    if (mDatabase.Add(mIdentity.documentID, mIdentity.contentState, mIdentity.path, inStreamID, inKey, inPath,
+                      true) < 0) {
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/NotRecorded=the cache file @0 is complete, but its record "
+                           "@1 could not be saved",
+                           {inPath, RecordPaths(mIdentity.documentID).front()}));
     }
 }
 
@@ -285,8 +278,8 @@ void Ingestion::SaveSummary()
     if (const auto before = MediaSummary::Load(mSummaryPath); before && before->GetBytes() == bytes) {
         return; // a file that says the same keeps the time under which it may be recorded
     }
-    const auto saved =
-        kiocore::filesupport::SaveFileAtomically(mSummaryPath, bytes, kiocore::filesupport::Durability::kNone);
+    const auto saved = kiocore::filesupport::SaveFileAtomically(mSummaryPath, bytes,
+                                                                kiocore::filesupport::Durability::kNone);
     if (saved.result < 0) {
         throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NotSaved=@0 could not be saved: @1",
                                          {mSummaryPath, ToUTF16(std::strerror(saved.errorNumber))}));
@@ -321,13 +314,15 @@ UTF16String ReasonOf(const kiocore::kio_exception& inError)
     if (inError.Code() != kiocore::kError_DamagedData) {
         return inError.Text();
     }
-    return Text("$$$/Halcyon/TrHost/DamagedRecord=@0; \"trhost cache verify --repair\" sets damaged records aside",
-                {inError.Text()});
+    return Text(
+        "$$$/Halcyon/TrHost/DamagedRecord=@0; \"trhost cache verify --repair\" sets damaged records aside",
+        {inError.Text()});
 }
 
 } // namespace
 
-IngestOutcome IngestFile(const UTF16String& inPath, bool inForce, const std::function<void(double)>& inProgress) noexcept
+IngestOutcome IngestFile(const UTF16String& inPath, bool inForce,
+                         const std::function<void(double)>& inProgress) noexcept
 {
     using Kind = IngestOutcome::Kind;
     auto& clock = kiocore::threads::GetClock();

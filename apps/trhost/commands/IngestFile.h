@@ -18,9 +18,9 @@ struct IngestOutcome {
         kCancelled,
     };
     Kind kind = Kind::kCancelled;
-    kiocore::UTF16String reason;              ///< of skipping or failing, one line
-    std::vector<kiocore::UTF16String> files;  ///< that were made now
-    std::vector<std::string> warnings;        ///< of the media module, one line each
+    kiocore::UTF16String reason;             ///< of skipping or failing, one line
+    std::vector<kiocore::UTF16String> files; ///< that were made now
+    std::vector<std::string> warnings;       ///< of the media module, one line each
     double seconds = 0;
 };
 

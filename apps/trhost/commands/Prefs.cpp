@@ -25,9 +25,12 @@ struct FolderPreference {
 };
 
 constexpr FolderPreference kFolders[] = {
-    {"database-folder", &BE::IPreferences::GetMediaCacheDatabaseFolder, &BE::IPreferences::SetMediaCacheDatabaseFolder},
-    {"cache-folder", &BE::IPreferences::GetMediaCacheFilesFolder, &BE::IPreferences::SetMediaCacheFilesFolder},
-    {"metadata-folder", &BE::IPreferences::GetFirstMetadataCacheFolder, &BE::IPreferences::SetFirstMetadataCacheFolder},
+    {"database-folder", &BE::IPreferences::GetMediaCacheDatabaseFolder,
+     &BE::IPreferences::SetMediaCacheDatabaseFolder},
+    {"cache-folder", &BE::IPreferences::GetMediaCacheFilesFolder,
+     &BE::IPreferences::SetMediaCacheFilesFolder},
+    {"metadata-folder", &BE::IPreferences::GetFirstMetadataCacheFolder,
+     &BE::IPreferences::SetFirstMetadataCacheFolder},
     {"metadata-folder-2", &BE::IPreferences::GetSecondMetadataCacheFolder,
      &BE::IPreferences::SetSecondMetadataCacheFolder},
     {"peak-folder", &BE::IPreferences::GetPeakFilesFolder, &BE::IPreferences::SetPeakFilesFolder},
@@ -35,8 +38,9 @@ constexpr FolderPreference kFolders[] = {
 constexpr const char* kSideBySide = "side-by-side";
 constexpr const char* kDurability = "durability";
 constexpr const char* kMemoryBudget = "memory-budget";
-constexpr const char* kAllKeys = "database-folder, cache-folder, metadata-folder, metadata-folder-2, peak-folder, "
-                                 "side-by-side, durability, memory-budget";
+constexpr const char* kAllKeys =
+    "database-folder, cache-folder, metadata-folder, metadata-folder-2, peak-folder, "
+    "side-by-side, durability, memory-budget";
 
 const char* NameOf(Durability inDurability)
 {
@@ -106,14 +110,16 @@ void Set(const PrefsSetOptions& inOptions)
         }
         Preferences()->SetRecordMemoryBudget(*bytes);
     } else {
-        throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/NoPreference=there is no preference @0; expected one of @1",
-                                        {ToUTF16(inOptions.key), ToUTF16(kAllKeys)}));
+        throw Failure(kExit_Usage,
+                      Text("$$$/Halcyon/TrHost/NoPreference=there is no preference @0; expected one of @1",
+                           {ToUTF16(inOptions.key), ToUTF16(kAllKeys)}));
     }
 }
 
 void ShowOne(Context& ioContext, const char* inKey, const UTF16String& inValue)
 {
-    ioContext.output.Result(ToUTF16(inKey) + u" = " + inValue, JsonLine().Add("key", inKey).Add("value", inValue));
+    ioContext.output.Result(ToUTF16(inKey) + u" = " + inValue,
+                            JsonLine().Add("key", inKey).Add("value", inValue));
 }
 
 } // namespace
@@ -123,7 +129,8 @@ int PrefsShow(Context& ioContext)
     for (const FolderPreference& folder : kFolders) {
         ShowOne(ioContext, folder.key, PreferredFolder(folder.get));
     }
-    const bool sideBySide = BE::GetBackend()->GetProperties()->GetBool(BE::kPrefsMediaCacheFilesSideBySide, false);
+    const bool sideBySide =
+        BE::GetBackend()->GetProperties()->GetBool(BE::kPrefsMediaCacheFilesSideBySide, false);
     ShowOne(ioContext, kSideBySide, sideBySide ? u"on" : u"off");
     ShowOne(ioContext, kDurability, ToUTF16(NameOf(Preferences()->GetDurability())));
     ShowOne(ioContext, kMemoryBudget, kiocore::utility::DecimalText(Preferences()->GetRecordMemoryBudget()));
@@ -135,9 +142,10 @@ int PrefsSet(Context& ioContext, const PrefsSetOptions& inOptions)
     Set(inOptions);
     MakeFolder(ZOL::PathUtils::GetFullDirectoryPart(ioContext.folders.preferencesFile));
     if (Preferences()->Save() < 0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/PreferencesNotSaved=the preferences file @0 could not be "
-                                         "saved",
-                                         {ioContext.folders.preferencesFile}));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/PreferencesNotSaved=the preferences file @0 could not be "
+                           "saved",
+                           {ioContext.folders.preferencesFile}));
     }
     return kExit_Done;
 }

@@ -28,15 +28,17 @@ void SwitchTracesOn(const GlobalOptions& inOptions)
             const char* end = trace.data() + trace.size();
             const auto [stop, error] = std::from_chars(trace.data() + colon + 1, end, level);
             if (error != std::errc() || stop != end || level < 0 || level > kEverything) {
-                throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/BadTraceLevel=--trace @0: expected CHANNEL, or "
-                                                "CHANNEL:LEVEL with a level from 0 to 10",
-                                                {ToUTF16(trace)}));
+                throw Failure(kExit_Usage,
+                              Text("$$$/Halcyon/TrHost/BadTraceLevel=--trace @0: expected CHANNEL, or "
+                                   "CHANNEL:LEVEL with a level from 0 to 10",
+                                   {ToUTF16(trace)}));
             }
         }
         if (colon == 0 || trace.empty()) {
-            throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/NoTraceChannel=--trace @0 names no channel; the library's "
-                                            "calls are on channel Host",
-                                            {ToUTF16(trace)}));
+            throw Failure(kExit_Usage,
+                          Text("$$$/Halcyon/TrHost/NoTraceChannel=--trace @0 names no channel; the library's "
+                               "calls are on channel Host",
+                               {ToUTF16(trace)}));
         }
         kiocore::debug::SetTraceLevel(std::string_view(trace).substr(0, colon), level);
     }
@@ -64,12 +66,14 @@ void ChooseLanguage(const GlobalOptions& inOptions, Output& ioOutput)
     const std::string program = kiocore::platform::ProgramPath();
     const std::string folder = program.substr(0, program.find_last_of('/')) + "/../share/trhost/locale";
     if (kiocore::config::Localizer::SetLanguage(language, folder) < 0 && asked) {
-        ioOutput.Error(Text("$$$/Halcyon/TrHost/NoLanguage=there are no texts in language @0 in @1; English is used",
-                            {ToUTF16(language), ToUTF16(folder)}));
+        ioOutput.Error(
+            Text("$$$/Halcyon/TrHost/NoLanguage=there are no texts in language @0 in @1; English is used",
+                 {ToUTF16(language), ToUTF16(folder)}));
     }
 }
 
-int RunInSession(const GlobalOptions& inOptions, Output& ioOutput, const std::function<int(Context&)>& inCommand)
+int RunInSession(const GlobalOptions& inOptions, Output& ioOutput,
+                 const std::function<int(Context&)>& inCommand)
 {
     const ScInterruptHandler interruptHandler;
     SwitchTracesOn(inOptions);
@@ -82,7 +86,10 @@ int RunInSession(const GlobalOptions& inOptions, Output& ioOutput, const std::fu
 
 } // namespace
 
-std::string ProgramVersion() { return "trhost " TRHOST_VERSION; }
+std::string ProgramVersion()
+{
+    return "trhost " TRHOST_VERSION;
+}
 
 int RunCommand(const GlobalOptions& inOptions, const std::function<int(Context&)>& inCommand)
 {

@@ -24,9 +24,9 @@ const std::vector<UTF16String>& RecordExtensions()
 
 const std::vector<UTF16String>& CacheExtensions()
 {
-    static const std::vector<UTF16String> sExtensions{u".ims",     u".mcvideoindex", u".mcaudioindex", u".mpgindex",
-                                                      u".mxfindex", u".mxfassoc",     u".prqdc2",       u".ccxml",
-                                                      u".ccjson",   u".cfa"};
+    static const std::vector<UTF16String> sExtensions{
+        u".ims",      u".mcvideoindex", u".mcaudioindex", u".mpgindex", u".mxfindex",
+        u".mxfassoc", u".prqdc2",       u".ccxml",        u".ccjson",   u".cfa"};
     return sExtensions;
 }
 
@@ -45,9 +45,10 @@ const std::vector<UTF16String>& PeakExtensions()
 const std::vector<UTF16String>& MediaExtensions()
 {
     static const std::vector<UTF16String> sExtensions{
-        u".3gp",  u".aac",  u".aif", u".aiff", u".avi", u".caf", u".dv",  u".flac", u".flv", u".m2t", u".m2ts", u".m2v",
-        u".m4a",  u".m4v",  u".mka", u".mkv",  u".mov", u".mp3", u".mp4", u".mpeg", u".mpg", u".mts", u".mxf",  u".oga",
-        u".ogg",  u".ogv",  u".opus", u".rf64", u".ts", u".vob", u".w64", u".wav",  u".wave", u".webm", u".wma", u".wmv"};
+        u".3gp",  u".aac",  u".aif", u".aiff", u".avi", u".caf",  u".dv",   u".flac", u".flv",
+        u".m2t",  u".m2ts", u".m2v", u".m4a",  u".m4v", u".mka",  u".mkv",  u".mov",  u".mp3",
+        u".mp4",  u".mpeg", u".mpg", u".mts",  u".mxf", u".oga",  u".ogg",  u".ogv",  u".opus",
+        u".rf64", u".ts",   u".vob", u".w64",  u".wav", u".wave", u".webm", u".wma",  u".wmv"};
     return sExtensions;
 }
 

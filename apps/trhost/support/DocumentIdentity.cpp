@@ -34,7 +34,9 @@ std::string CanonicalPath(const std::string& inNative)
     }
     // The file is gone; its folder may still be there, or some folder above that.
     const std::size_t slash = inNative.find_last_of('/');
-    const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : inNative.substr(0, slash);
+    const std::string folder = slash == std::string::npos ? "."
+                               : slash == 0               ? "/"
+                                                          : inNative.substr(0, slash);
     const std::string name = slash == std::string::npos ? inNative : inNative.substr(slash + 1);
     if (folder == inNative || inNative.empty()) {
         return inNative;
@@ -79,7 +81,8 @@ bool AppendSample(int inFile, std::uint64_t inOffset, std::uint64_t inSize, std:
     ioBytes.resize(start + inSize);
     std::size_t done = 0;
     while (done < inSize) {
-        const ssize_t got = pread(inFile, ioBytes.data() + start + done, inSize - done, off_t(inOffset + done));
+        const ssize_t got =
+            pread(inFile, ioBytes.data() + start + done, inSize - done, off_t(inOffset + done));
         if (got < 0) {
             if (errno == EINTR) {
                 continue;

@@ -9,13 +9,13 @@ namespace trhost {
 
 /// What tells one media document from another, and one state of it from the next.
 struct DocumentIdentity {
-    kiocore::UTF16String path;      ///< canonical: absolute, without symbolic links
-    kiocore::Guid documentID;       ///< from the canonical path
-    kiocore::Guid contentState;     ///< from size, modification time and sampled content; zero when unreadable
-    kiocore::Guid sampledContent;   ///< from size and sampled content only: equal for a copy of the file
+    kiocore::UTF16String path;    ///< canonical: absolute, without symbolic links
+    kiocore::Guid documentID;     ///< from the canonical path
+    kiocore::Guid contentState;   ///< from size, modification time and sampled content; zero when unreadable
+    kiocore::Guid sampledContent; ///< from size and sampled content only: equal for a copy of the file
     std::uint64_t sizeBytes = 0;
-    bool isReadable = false;        ///< a regular file that could be read
-    int errorNumber = 0;            ///< the system's reason when not
+    bool isReadable = false; ///< a regular file that could be read
+    int errorNumber = 0;     ///< the system's reason when not
 };
 
 /// Identifies the media at a path. Reads at most 192 KiB, however large the file: its beginning, its middle

@@ -14,7 +14,6 @@ UTF16String Text(std::string_view inLocalisedText, std::initializer_list<UTF16St
 
 Failure::Failure(ExitStatus inStatus, UTF16String inText)
     : mStatus(inStatus), mText(std::move(inText)), mUTF8(kiocore::utility::ToUTF8(mText))
-{
-}
+{}
 
 } // namespace trhost

@@ -32,7 +32,10 @@ HostSession::HostSession(const GlobalOptions& inOptions, const StateFolders& inF
     }
 }
 
-HostSession::~HostSession() { Close(); }
+HostSession::~HostSession()
+{
+    Close();
+}
 
 void HostSession::StartUp(const GlobalOptions& inOptions, const StateFolders& inFolders)
 {
@@ -40,19 +43,22 @@ void HostSession::StartUp(const GlobalOptions& inOptions, const StateFolders& in
     try {
         kiocore::config::SetSuiteClientVersion(ToUTF16(inOptions.suiteVersion));
     } catch (const kiocore::kio_exception&) {
-        throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/BadSuiteVersion=--suite-version @0: expected digits and "
-                                        "single dots, as in 14.0",
-                                        {ToUTF16(inOptions.suiteVersion)}));
+        throw Failure(kExit_Usage,
+                      Text("$$$/Halcyon/TrHost/BadSuiteVersion=--suite-version @0: expected digits and "
+                           "single dots, as in 14.0",
+                           {ToUTF16(inOptions.suiteVersion)}));
     }
     PRQ::SetApplicationType(inOptions.applicationType);
 
     if (Preferences()->Load(inFolders.preferencesFile) < 0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/BadPreferences=the preferences file @0 cannot be read; "
-                                         "repair it or move it away",
-                                         {inFolders.preferencesFile}));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/BadPreferences=the preferences file @0 cannot be read; "
+                           "repair it or move it away",
+                           {inFolders.preferencesFile}));
     }
     Preferences()->SetDefaultsBelow(inFolders.cacheRoot);
-    ZOL::DirectoryRegistry::RegisterDirectory(ZOL::DirectoryRegistry::kSharedDocuments, inFolders.sharedDocuments);
+    ZOL::DirectoryRegistry::RegisterDirectory(ZOL::DirectoryRegistry::kSharedDocuments,
+                                              inFolders.sharedDocuments);
 
     TR::TRFoundation::Initialize();
     mLibraryIsUp = true;
@@ -76,24 +82,32 @@ void HostSession::Close() noexcept
     kiocore::threads::UnregisterMainThread();
 }
 
-kiocore::InterfaceRef<BE::IPreferences> Preferences() { return BE::GetBackend()->GetPreferences(); }
+kiocore::InterfaceRef<BE::IPreferences> Preferences()
+{
+    return BE::GetBackend()->GetPreferences();
+}
 
 kiocore::UTF16String PreferredFolder(FolderGetter inGetter)
 {
     kiocore::UTF16String folder;
     if ((Preferences().Get()->*inGetter)(folder) < 0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NoFolder=the preferences name no folder for the media "
-                                         "cache; see trhost prefs show"));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/NoFolder=the preferences name no folder for the media "
+                           "cache; see trhost prefs show"));
     }
     return kiocore::utility::FileUtils::AddTrailingSlash(folder);
 }
 
-kiocore::UTF16String PeakFilesFolder() { return PreferredFolder(&BE::IPreferences::GetPeakFilesFolder) + u"Peak Files/"; }
+kiocore::UTF16String PeakFilesFolder()
+{
+    return PreferredFolder(&BE::IPreferences::GetPeakFilesFolder) + u"Peak Files/";
+}
 
 void MakeFolder(const kiocore::UTF16String& inFolder)
 {
     if (ZOL::Directory::CreateOnDisk(inFolder, true) < 0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NoMakeFolder=the folder @0 cannot be made", {inFolder}));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/NoMakeFolder=the folder @0 cannot be made", {inFolder}));
     }
 }
 

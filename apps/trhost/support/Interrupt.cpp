@@ -62,9 +62,15 @@ ScInterruptHandler::~ScInterruptHandler()
     }
 }
 
-bool IsInterrupted() { return sInterrupted.load(std::memory_order_relaxed); }
+bool IsInterrupted()
+{
+    return sInterrupted.load(std::memory_order_relaxed);
+}
 
-int GetInterruptFile() { return sPipe[0]; }
+int GetInterruptFile()
+{
+    return sPipe[0];
+}
 
 void ThrowIfInterrupted()
 {

@@ -16,8 +16,14 @@ void AppendEscape(std::string& ioText, char16_t inUnit)
     ioText += escape;
 }
 
-bool IsHighSurrogate(char16_t inUnit) { return inUnit >= 0xD800 && inUnit < 0xDC00; }
-bool IsLowSurrogate(char16_t inUnit) { return inUnit >= 0xDC00 && inUnit < 0xE000; }
+bool IsHighSurrogate(char16_t inUnit)
+{
+    return inUnit >= 0xD800 && inUnit < 0xDC00;
+}
+bool IsLowSurrogate(char16_t inUnit)
+{
+    return inUnit >= 0xDC00 && inUnit < 0xE000;
+}
 
 void AppendUTF8(std::string& ioText, char32_t inCodePoint)
 {
@@ -57,7 +63,8 @@ std::string JsonQuote(kiocore::UTF16View inText)
         } else if (unit < 0x20 || unit == 0x7F) {
             AppendEscape(quoted, unit);
         } else if (IsHighSurrogate(unit) && i + 1 < inText.size() && IsLowSurrogate(inText[i + 1])) {
-            AppendUTF8(quoted, 0x10000 + ((char32_t(unit) - 0xD800) << 10) + (char32_t(inText[++i]) - 0xDC00));
+            AppendUTF8(quoted,
+                       0x10000 + ((char32_t(unit) - 0xD800) << 10) + (char32_t(inText[++i]) - 0xDC00));
         } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
             AppendEscape(quoted, unit);
         } else {
@@ -89,7 +96,10 @@ JsonLine& JsonLine::Add(std::string_view inName, std::string_view inUTF8)
     return AddRaw(inName, JsonQuote(kiocore::utility::ToUTF16(inUTF8)));
 }
 
-JsonLine& JsonLine::Add(std::string_view inName, bool inValue) { return AddRaw(inName, inValue ? "true" : "false"); }
+JsonLine& JsonLine::Add(std::string_view inName, bool inValue)
+{
+    return AddRaw(inName, inValue ? "true" : "false");
+}
 
 JsonLine& JsonLine::Add(std::string_view inName, double inValue)
 {

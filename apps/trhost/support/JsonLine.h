@@ -23,8 +23,14 @@ public:
         return Add(inName, kiocore::UTF16View(inValue));
     }
     JsonLine& Add(std::string_view inName, std::string_view inUTF8);
-    JsonLine& Add(std::string_view inName, const std::string& inUTF8) { return Add(inName, std::string_view(inUTF8)); }
-    JsonLine& Add(std::string_view inName, const char* inUTF8) { return Add(inName, std::string_view(inUTF8)); }
+    JsonLine& Add(std::string_view inName, const std::string& inUTF8)
+    {
+        return Add(inName, std::string_view(inUTF8));
+    }
+    JsonLine& Add(std::string_view inName, const char* inUTF8)
+    {
+        return Add(inName, std::string_view(inUTF8));
+    }
     JsonLine& Add(std::string_view inName, bool inValue);
     /// Not finite numbers, which JSON has no form for, are written as null.
     JsonLine& Add(std::string_view inName, double inValue);

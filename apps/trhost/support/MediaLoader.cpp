@@ -9,7 +9,8 @@ namespace trhost {
 std::string MediaModulePath()
 {
     const std::string program = kiocore::platform::ProgramPath();
-    return program.substr(0, program.find_last_of('/')) + "/" TRHOST_MODULE_FOLDER "/" + media::kMediaModuleFileName;
+    return program.substr(0, program.find_last_of('/')) + "/" TRHOST_MODULE_FOLDER "/" +
+           media::kMediaModuleFileName;
 }
 
 media::IMediaModule& LoadMediaModule()
@@ -21,9 +22,10 @@ media::IMediaModule& LoadMediaModule()
             kiocore::platform::LoadModuleFunction(path, media::kMediaModuleFunctionName));
         media::IMediaModule* const module = function(media::kMediaModuleVersion);
         if (!module) {
-            throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/WrongModule=@0 was built for another version of "
-                                             "trhost; install both from one build",
-                                             {kiocore::utility::ToUTF16(path)}));
+            throw Failure(kExit_Failed,
+                          Text("$$$/Halcyon/TrHost/WrongModule=@0 was built for another version of "
+                               "trhost; install both from one build",
+                               {kiocore::utility::ToUTF16(path)}));
         }
         return *module;
     }();

@@ -103,8 +103,8 @@ std::optional<MediaSummary> MediaSummary::FromBytes(const std::string& inBytes)
     const json::object& object = parsed.get_object();
     const json::value* streamList = object.if_contains("streams");
     const json::value* itemList = object.if_contains("items");
-    if (IntegerAt(object, "mediaSummary") != kSummaryVersion || !streamList || !streamList->is_array() || !itemList ||
-        !itemList->is_array()) {
+    if (IntegerAt(object, "mediaSummary") != kSummaryVersion || !streamList || !streamList->is_array() ||
+        !itemList || !itemList->is_array()) {
         return std::nullopt;
     }
     MediaSummary summary;

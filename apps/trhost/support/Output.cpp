@@ -24,7 +24,8 @@ constexpr int kBarCells = 24;
 
 double SteadySeconds()
 {
-    return std::chrono::duration<double>(kiocore::threads::GetClock().SteadyTime().time_since_epoch()).count();
+    return std::chrono::duration<double>(kiocore::threads::GetClock().SteadyTime().time_since_epoch())
+        .count();
 }
 
 /// One line and nothing else: a file name may hold a line feed or a terminal's escape sequence.
@@ -75,8 +76,9 @@ void Output::Write(const std::string& inLine)
     std::fputc('\n', stdout);
     // Whoever reads through a pipe sees each line when it is true; a lost reader or a full disk is told.
     if (std::fflush(stdout) != 0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/OutputFailed=cannot write to standard output: @0",
-                                         {kiocore::utility::ToUTF16(std::strerror(errno))}));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/OutputFailed=cannot write to standard output: @0",
+                           {kiocore::utility::ToUTF16(std::strerror(errno))}));
     }
 }
 
@@ -109,7 +111,8 @@ void Output::Error(kiocore::UTF16View inLine)
 
 ProgressBar::ProgressBar(Output& ioOutput, kiocore::UTF16String inLabel, double inTotalBytes)
     : mOutput(ioOutput), mLabel(std::move(inLabel)), mTotalBytes(inTotalBytes),
-      mVisible(!ioOutput.IsJson() && !ioOutput.IsQuiet() && isatty(STDERR_FILENO) == 1), mStartSeconds(SteadySeconds())
+      mVisible(!ioOutput.IsJson() && !ioOutput.IsQuiet() && isatty(STDERR_FILENO) == 1),
+      mStartSeconds(SteadySeconds())
 {
     mOutput.mBar = this;
 }
@@ -120,7 +123,10 @@ ProgressBar::~ProgressBar()
     mOutput.mBar = nullptr;
 }
 
-double ProgressBar::SecondsSinceStart() const { return SteadySeconds() - mStartSeconds; }
+double ProgressBar::SecondsSinceStart() const
+{
+    return SteadySeconds() - mStartSeconds;
+}
 
 void ProgressBar::Show(double inFraction, const kiocore::UTF16String& inDetail)
 {
@@ -131,7 +137,8 @@ void ProgressBar::Show(double inFraction, const kiocore::UTF16String& inDetail)
     mLastDrawn = seconds;
     const double fraction = std::clamp(inFraction, 0.0, 1.0);
     const int full = int(fraction * kBarCells);
-    std::string line = "[" + std::string(std::size_t(full), '#') + std::string(std::size_t(kBarCells - full), '.') + "]";
+    std::string line =
+        "[" + std::string(std::size_t(full), '#') + std::string(std::size_t(kBarCells - full), '.') + "]";
     char percent[16];
     std::snprintf(percent, sizeof(percent), " %3d %%", int(fraction * 100));
     line += percent;
@@ -140,9 +147,10 @@ void ProgressBar::Show(double inFraction, const kiocore::UTF16String& inDetail)
         if (mTotalBytes > 0) {
             line += "  " + FormatSize(std::uint64_t(mTotalBytes * fraction / seconds)) + "/s";
         }
-        line += "  " +
-                ForPeople(Text("$$$/Halcyon/TrHost/TimeLeft=@0 left#{@0: a duration, 4.2 s}",
-                               {kiocore::utility::ToUTF16(FormatDuration(seconds * (1 - fraction) / fraction))}));
+        line +=
+            "  " +
+            ForPeople(Text("$$$/Halcyon/TrHost/TimeLeft=@0 left#{@0: a duration, 4.2 s}",
+                           {kiocore::utility::ToUTF16(FormatDuration(seconds * (1 - fraction) / fraction))}));
     }
     std::string words = "  " + ForPeople(mLabel);
     if (!inDetail.empty()) {

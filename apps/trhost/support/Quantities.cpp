@@ -109,14 +109,15 @@ std::string FormatDuration(double inSeconds)
         inSeconds = 0;
     }
     if (inSeconds < 59.95) {
-        std::snprintf(text, sizeof(text), "%.1f s", inSeconds);
+        std::snprintf(text, sizeof(text), inSeconds < 0.995 ? "%.2f s" : "%.1f s", inSeconds);
         return text;
     }
     const auto seconds = static_cast<long long>(std::llround(std::min(inSeconds, 3.6e9)));
     if (seconds < 3600) {
         std::snprintf(text, sizeof(text), "%lld:%02lld", seconds / 60, seconds % 60);
     } else {
-        std::snprintf(text, sizeof(text), "%lld:%02lld:%02lld", seconds / 3600, seconds / 60 % 60, seconds % 60);
+        std::snprintf(text, sizeof(text), "%lld:%02lld:%02lld", seconds / 3600, seconds / 60 % 60,
+                      seconds % 60);
     }
     return text;
 }

@@ -71,7 +71,8 @@ public:
             // Items of stream s (from 0) have the indexes s * 256 + 1 and up, the stream's own keys s + 1.
             const unsigned stream = (index - 1) / 256;
             const auto streamID = mStreams.find(stream + 1);
-            item.streamID = streamID != mStreams.end() ? streamID->second : kiocore::utility::DecimalText(stream);
+            item.streamID =
+                streamID != mStreams.end() ? streamID->second : kiocore::utility::DecimalText(stream);
             const auto key = mKeys.find(index);
             item.key = key != mKeys.end() ? key->second : UTF16String();
             item.path = path;
@@ -98,8 +99,7 @@ void CompleteItem(const TR::MediaAcceleratorDatabaseEntry::Streams& inLive, Reco
         ioItem.canBeCopied = live->second.canBeCopied;
     }
     struct stat status;
-    if (ioItem.path.empty() ||
-        stat(kiocore::filesupport::NativePath(ioItem.path).CString(), &status) != 0) {
+    if (ioItem.path.empty() || stat(kiocore::filesupport::NativePath(ioItem.path).CString(), &status) != 0) {
         ioItem.state = ItemState::kMissing;
         return;
     }
@@ -179,8 +179,8 @@ std::optional<Record> ReadRecord(const UTF16String& inPath, std::string& outErro
     record.modified = reader->GetModificationTime();
     try {
         InterfaceRef<BE::ISerializeable> object;
-        if (!reader->GetDataReader().ReadObject(TR::MediaAcceleratorDatabaseEntry::kMediaAcceleratorDatabaseEntryKey,
-                                                object)) {
+        if (!reader->GetDataReader().ReadObject(
+                TR::MediaAcceleratorDatabaseEntry::kMediaAcceleratorDatabaseEntryKey, object)) {
             outError = "holds no record of a media document";
             return std::nullopt;
         }
@@ -274,7 +274,8 @@ void VisitRecords(const std::function<void(Record&)>& inVisit)
             }
             ++end;
         }
-        std::vector<UTF16String> versions(files.begin() + std::ptrdiff_t(begin), files.begin() + std::ptrdiff_t(end));
+        std::vector<UTF16String> versions(files.begin() + std::ptrdiff_t(begin),
+                                          files.begin() + std::ptrdiff_t(end));
         begin = end;
         if (!name) {
             continue; // the library never looks for such a name
@@ -305,8 +306,9 @@ UTF16String DocumentLockFile()
 {
     UTF16String path;
     if (Preferences()->GetDocumentLockFile(path) < 0) {
-        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NoLockFile=the preferences name no file for the locks of "
-                                         "documents"));
+        throw Failure(kExit_Failed,
+                      Text("$$$/Halcyon/TrHost/NoLockFile=the preferences name no file for the locks of "
+                           "documents"));
     }
     return path;
 }

@@ -41,7 +41,7 @@ struct RecordedItem {
     UTF16String path;
     bool canBeCopied = false;
     ItemState state = ItemState::kMissing;
-    std::uint64_t sizeBytes = 0;             ///< 0 unless it is there
+    std::uint64_t sizeBytes = 0;                 ///< 0 unless it is there
     kiocore::filesupport::FileTime accessed = 0; ///< 0 unless it is there
 };
 
@@ -52,7 +52,7 @@ struct Record {
     kiocore::filesupport::FileTime modified = 0; ///< of the file that was read
     UTF16String originalPath;
     Guid contentState;
-    std::vector<RecordedItem> items; ///< by stream, then key
+    std::vector<RecordedItem> items;                       ///< by stream, then key
     InterfaceRef<TR::MediaAcceleratorDatabaseEntry> entry; ///< as the library reads it: present items only
 };
 

@@ -23,8 +23,9 @@ std::string HomeFolder()
     if (const passwd* user = getpwuid(getuid()); user && user->pw_dir && user->pw_dir[0] == '/') {
         return user->pw_dir;
     }
-    throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NoHome=there is no home folder to keep state in: HOME is not "
-                                     "set to an absolute path; set it, or give --state DIR"));
+    throw Failure(kExit_Failed,
+                  Text("$$$/Halcyon/TrHost/NoHome=there is no home folder to keep state in: HOME is not "
+                       "set to an absolute path; set it, or give --state DIR"));
 }
 
 /// The base directory rules: a variable that is unset, empty or relative counts as unset.

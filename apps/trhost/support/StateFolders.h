@@ -9,7 +9,7 @@ namespace trhost {
 /// Where trhost keeps what it keeps.
 struct StateFolders {
     kiocore::UTF16String preferencesFile;
-    kiocore::UTF16String cacheRoot;       ///< records, cache, metadata, peak and lock files, unless set otherwise
+    kiocore::UTF16String cacheRoot; ///< records, cache, metadata, peak and lock files, unless set otherwise
     kiocore::UTF16String sharedDocuments; ///< what the suite's applications share
 };
 
