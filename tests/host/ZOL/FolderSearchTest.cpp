@@ -158,15 +158,30 @@ TEST(FolderSearch, KeepsOddNames)
     }
 }
 
+/// The superuser may list everything, so a test that needs to be refused runs as somebody else.
+class ScOrdinaryUser {
+public:
+    ScOrdinaryUser() : mUser(::geteuid())
+    {
+        static constexpr uid_t kNobody = 65534;
+        EXPECT_TRUE(mUser != 0 || ::seteuid(kNobody) == 0);
+    }
+    ~ScOrdinaryUser() { EXPECT_EQ(::seteuid(mUser), 0); }
+    ScOrdinaryUser(const ScOrdinaryUser&) = delete;
+    ScOrdinaryUser& operator=(const ScOrdinaryUser&) = delete;
+
+private:
+    const uid_t mUser;
+};
+
 TEST(FolderSearch, PassesOverFoldersThatMayNotBeListed)
 {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "the superuser may list everything";
-    }
     TemporaryFolder folder;
     WriteFile(folder / "closed/hidden", "x");
     WriteFile(folder / "open/found", "x");
+    fs::permissions(folder.Path(), fs::perms::all);
     fs::permissions(folder / "closed", fs::perms::none);
+    const ScOrdinaryUser user;
     EXPECT_THAT(Below(folder, Paths(FolderSearch::FindFiles(folder.UTF16(), {}))), ElementsAre("open/found"));
     EXPECT_THROW(FolderSearch::FindFolders(folder.UTF16()), kiocore::file_exception);
 }
@@ -174,7 +189,7 @@ TEST(FolderSearch, PassesOverFoldersThatMayNotBeListed)
 /// Nested deeper than a path may be long, so that only steps from folder to folder reach its end.
 class DeepTree {
 public:
-    static constexpr int kDepth = 400;
+    static constexpr int kDepth = 200;
     explicit DeepTree(const TemporaryFolder& inFolder)
     {
         int folder = ::open(inFolder.Path().c_str(), O_RDONLY | O_DIRECTORY);
@@ -226,7 +241,7 @@ TEST(FolderSearch, TellsSubfoldersBeforeTheirParents)
 
 TEST(FolderSearch, TakesAtMost64BytesAFile)
 {
-    static constexpr int kFiles = 20000;
+    static constexpr int kFiles = 4000;
     TemporaryFolder folder;
     const std::string ending = std::string(36, '-') + ".cfa";
     for (int i = 0; i < kFiles; ++i) {
@@ -242,10 +257,10 @@ TEST(FolderSearch, TakesAtMost64BytesAFile)
     const FileList files = FolderSearch::FindFiles(folder.UTF16(), {u".cfa"});
     const std::size_t used = inUse() - before;
     ASSERT_EQ(files.Size(), std::size_t(kFiles));
-    EXPECT_EQ(files.GetPath(4711), folder.UTF16("04711" + ending));
+    EXPECT_EQ(files.GetPath(3711), folder.UTF16("03711" + ending));
     // A sanitizer's own allocator does not count here.
     if (used > 0) {
-        EXPECT_LE(used, std::size_t(kFiles) * 64 + 128 * 1024);
+        EXPECT_LE(used, std::size_t(kFiles) * 64 + 48 * 1024) << "the last block of names may be empty";
     }
 }
 
