@@ -29,7 +29,8 @@ class TreeVisitor {
 public:
     virtual ~TreeVisitor() = default;
     /// A regular file of the folder that is being listed, in no order.
-    virtual void OnFile(const char* inName) = 0;
+    /// @param inNumber  the file system's own for the file, which grows with its place on the disk.
+    virtual void OnFile(const char* inName, std::uint64_t inNumber) = 0;
     /// The folder, or a part of it, cannot be listed. The walk goes on.
     /// @param inPath  below the root, with a trailing separator; "" is the root.
     virtual void OnFailure(const std::string& inPath, int inErrno) = 0;
@@ -146,7 +147,7 @@ private:
             switch (TypeOf(ioFolder.file, *entry)) {
             case DT_REG:
                 if (mWantsFiles) {
-                    mVisitor.OnFile(name);
+                    mVisitor.OnFile(name, entry->d_ino);
                 }
                 break;
             case DT_DIR:
@@ -208,13 +209,14 @@ bool HasExtension(std::string_view inName, const std::vector<std::string>& inFol
 /// after a subfolder wait for it.
 class FileCollector : public TreeVisitor {
 public:
-    FileCollector(FileListContents& ioContents, std::vector<std::string> inFoldedExtensions)
-        : mContents(ioContents), mExtensions(std::move(inFoldedExtensions))
+    FileCollector(FileListContents& ioContents, std::vector<std::string> inFoldedExtensions,
+                  SearchOrder inOrder)
+        : mContents(ioContents), mExtensions(std::move(inFoldedExtensions)), mOrder(inOrder)
     {
         mFolders.emplace_back();
     }
 
-    void OnFile(const char* inName) override
+    void OnFile(const char* inName, std::uint64_t inNumber) override
     {
         const std::string_view name(inName);
         if (!HasExtension(name, mExtensions)) {
@@ -226,6 +228,10 @@ public:
             folder.hasIndex = true;
             mContents.folders.push_back(mPath);
         }
+        if (mOrder == SearchOrder::kOnDisk) {
+            mNumbered.push_back({inNumber, {folder.index, mContents.names.Add(name)}});
+            return;
+        }
         std::vector<Entry>& files = mContents.files;
         if (files.size() == files.capacity()) {
             files.reserve(files.size() + files.size() / 4 + 64); // doubling would waste too much
@@ -236,6 +242,15 @@ public:
     void OnListed(bool inHasSubfolders) override
     {
         std::vector<Entry>& files = mContents.files;
+        if (mOrder == SearchOrder::kOnDisk) {
+            std::sort(mNumbered.begin(), mNumbered.end(),
+                      [](const Numbered& a, const Numbered& b) { return a.number < b.number; });
+            for (const Numbered& file : mNumbered) {
+                files.push_back(file.entry);
+            }
+            mNumbered.clear();
+            return;
+        }
         Waiting& folder = mFolders.back();
         const auto first = files.begin() + static_cast<std::ptrdiff_t>(folder.first);
         std::sort(first, files.end(), [&names = mContents.names](const Entry& a, const Entry& b) {
@@ -282,9 +297,16 @@ private:
         bool hasIndex = false;
     };
 
+    struct Numbered {
+        std::uint64_t number;
+        Entry entry;
+    };
+
     FileListContents& mContents;
     const std::vector<std::string> mExtensions;
-    std::string mPath; // of the folder that is being listed
+    const SearchOrder mOrder;
+    std::vector<Numbered> mNumbered; // of the folder that is being listed
+    std::string mPath;               // of the folder that is being listed
     std::vector<Waiting> mFolders;
 };
 
@@ -292,7 +314,7 @@ class FolderCollector : public TreeVisitor {
 public:
     explicit FolderCollector(const UTF16String& inRoot) : mRoot(inRoot) {}
 
-    void OnFile(const char*) override {}
+    void OnFile(const char*, std::uint64_t) override {}
     void OnFailure(const std::string& inPath, int inErrno) override
     {
         throw kiocore::file_exception("list folder", kiocore::utility::ToUTF8(FullPath(inPath)), inErrno);
@@ -350,7 +372,8 @@ std::string Joined(const std::vector<UTF16String>& inTexts)
 
 } // namespace
 
-FileList FolderSearch::FindFiles(UTF16View inFolder, const std::vector<UTF16String>& inExtensions)
+FileList FolderSearch::FindFiles(UTF16View inFolder, const std::vector<UTF16String>& inExtensions,
+                                 SearchOrder inOrder)
 {
     KIO_HOST_CALL("ZOL::FolderSearch::FindFiles", inFolder, Joined(inExtensions));
     auto contents = std::make_shared<FileListContents>();
@@ -358,7 +381,7 @@ FileList FolderSearch::FindFiles(UTF16View inFolder, const std::vector<UTF16Stri
     contents->rootNative = kiocore::filesupport::NativePath(contents->root).View();
     const int root = OpenRootFolder(contents->rootNative.c_str());
     if (root >= 0) {
-        FileCollector collector(*contents, FoldedNative(inExtensions));
+        FileCollector collector(*contents, FoldedNative(inExtensions), inOrder);
         TreeWalk(root, true, collector).Run();
     }
     return FileList(std::move(contents));

@@ -15,7 +15,12 @@ using kiocore::UTF16View;
 
 struct FileListContents;
 
-/// The files that a search found, sorted by path (code units of the part below the root). Holds names
+enum class SearchOrder {
+    kByPath, ///< code units of the part below the root
+    kOnDisk, ///< folder by folder, each as its files lie there: to delete or read them all costs least
+};
+
+/// The files that a search found. Holds names
 /// only, packed: about 10 bytes a file beside its name, and each folder's name once.
 ///
 /// Threading: a plain value; copies share their contents.
@@ -72,7 +77,8 @@ public:
     /// @param inExtensions  with their dot, ASCII letters compared without case; empty = every file. A file
     ///     whose whole name is an extension has none.
     /// A missing root gives an empty list.
-    static FileList FindFiles(UTF16View inFolder, const std::vector<UTF16String>& inExtensions);
+    static FileList FindFiles(UTF16View inFolder, const std::vector<UTF16String>& inExtensions,
+                              SearchOrder inOrder = SearchOrder::kByPath);
     /// All subfolders, full paths with a trailing separator, children before their parents, the root not
     /// among them. Linked folders are not found.
     /// @throws file_exception when a folder cannot be listed.
