@@ -151,7 +151,7 @@ void BenchDeleteAll(CacheSetup& ioSetup)
             MakeCacheFiles(ioSetup.CacheFolder(), kFiles);
             return RunOperation(TR::CreateDeleteAllMediaCacheEntriesOperation());
         },
-        9, kFiles);
+        5, kFiles);
     PrintRow("20,000 files, each of", measured, 0.95);
 }
 

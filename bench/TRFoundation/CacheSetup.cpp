@@ -56,11 +56,13 @@ const CacheSetup::Document& CacheSetup::AddDocument(unsigned inNumber, unsigned 
     document.id = Guid::FromHash(std::as_bytes(std::span(&inNumber, 1)), 1);
     document.record = DatabaseFolder() + document.id.AsUTF8() + "3584.mcdb";
     const auto entry = TR::MediaAcceleratorDatabaseEntry::Create(kState);
-    entry->SetOriginal(ToUTF16("/projects/documentary/footage/day one/clip " + std::to_string(inNumber) + ".mov"));
+    entry->SetOriginal(
+        ToUTF16("/projects/documentary/footage/day one/clip " + std::to_string(inNumber) + ".mov"));
     for (unsigned s = 0; s < inStreams; ++s) {
         for (unsigned i = 0; i < inItems; ++i) {
             const std::string path = CacheFolder() + "clip " + std::to_string(inNumber) +
-                                     (inShareFiles ? "" : " " + std::to_string(s) + "-" + std::to_string(i)) + ".cfa";
+                                     (inShareFiles ? "" : " " + std::to_string(s) + "-" + std::to_string(i)) +
+                                     ".cfa";
             if (!inShareFiles || (s == 0 && i == 0)) {
                 std::ofstream(path) << "x";
             }
@@ -71,7 +73,8 @@ const CacheSetup::Document& CacheSetup::AddDocument(unsigned inNumber, unsigned 
     // The whole record at once: 128 Adds of a document would save it 128 times.
     const kiocore::InterfaceRef<BE::IXMLFileWriter> writer =
         kiocore::classref::ClassFactory::CreateClassInstanceRef(BE::kXMLFileWriterClassID);
-    writer->GetDataWriter().WriteObject(TR::MediaAcceleratorDatabaseEntry::kMediaAcceleratorDatabaseEntryKey, entry);
+    writer->GetDataWriter().WriteObject(TR::MediaAcceleratorDatabaseEntry::kMediaAcceleratorDatabaseEntryKey,
+                                        entry);
     if (writer->Save(ToUTF16(document.record)) < 0) {
         throw std::runtime_error("cannot record " + document.record);
     }

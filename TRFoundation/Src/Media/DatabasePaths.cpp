@@ -94,14 +94,17 @@ void DatabasePaths::ReadVersion()
     }
 }
 
-const UTF16String& DatabasePaths::GetPath(const Guid& inDocumentID, int inTag)
+void DatabasePaths::BeginDocument(const Guid& inDocumentID)
 {
-    const std::size_t index =
-        static_cast<std::size_t>(std::find(mTags.begin(), mTags.end(), inTag) - mTags.begin());
     mPath.assign(mFolder);
     mPath.resize(mFolder.size() + Guid::kTextLength);
     inDocumentID.WriteText(mPath.data() + mFolder.size());
-    mPath.append(mTagTexts[index]);
+}
+
+const UTF16String& DatabasePaths::GetPath(std::size_t inTagIndex)
+{
+    mPath.resize(mFolder.size() + Guid::kTextLength);
+    mPath.append(mTagTexts[inTagIndex]);
     return mPath;
 }
 

@@ -3,6 +3,7 @@
 #include <kiocore/utility/Guid.h>
 #include <kiocore/utility/UTF16String.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -30,8 +31,11 @@ public:
     /// The tags to look for, newest first; the first is the one to write, the last is kUntagged.
     const std::vector<int>& GetTags() const { return mTags; }
 
-    /// Valid until the next call.
-    const kiocore::UTF16String& GetPath(const kiocore::Guid& inDocumentID, int inTag);
+    /// Chooses the document that the next paths are for.
+    void BeginDocument(const kiocore::Guid& inDocumentID);
+    /// The chosen document's record under a tag. Valid until the next call.
+    /// @param inTagIndex  into GetTags().
+    const kiocore::UTF16String& GetPath(std::size_t inTagIndex);
 
 private:
     void ReadFolder();

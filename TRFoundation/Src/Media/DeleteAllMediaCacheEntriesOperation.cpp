@@ -154,13 +154,17 @@ void DeleteAllMediaCacheEntriesOperation::WipeFolder(const UTF16String& inFolder
     if (inFolder.empty() || !FileUtils::FileOrDirExists(inFolder)) {
         return;
     }
-    const ZOL::FileList files = ZOL::FolderSearch::FindFiles(inFolder, inExtensions);
+    // In the disk's own order, and each by its name in the folder that is open already: together this makes
+    // deleting many files as cheap as the system can.
+    const ZOL::FileList files =
+        ZOL::FolderSearch::FindFiles(inFolder, inExtensions, ZOL::SearchOrder::kOnDisk);
+    ZOL::OpenFolder openFolder;
     UTF16String path;
     for (std::size_t j = 0; j < files.Size(); ++j) {
         files.GetPath(j, path);
         MF::FileManager::TryToCloseFileWithoutBlocking(path);
         try {
-            ZOL::File::Delete(path);
+            ZOL::File::Delete(files, j, openFolder);
         } catch (const kiocore::kio_exception&) {
             // Somebody needs it still, or it is not ours to delete: the rest can go all the same.
         }

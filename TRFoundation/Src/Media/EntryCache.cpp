@@ -44,8 +44,18 @@ void EntryCache::Forget(Node& inNode)
         Unlink(inNode);
     }
     mBytes -= BytesOf(inNode.second);
+    CountTag(inNode.first.tag, -1);
     const RecordKey key = inNode.first; // the map must not be handed a key that it is about to destroy
     mSlots.erase(key);
+}
+
+void EntryCache::CountTag(std::int32_t inTag, int inChange)
+{
+    std::uint32_t& count = mTagCounts[TagBit(inTag)];
+    count += static_cast<std::uint32_t>(inChange);
+    const std::uint32_t bit = 1u << TagBit(inTag);
+    const std::uint32_t held = mHeldTags.load(std::memory_order_relaxed);
+    mHeldTags.store(count ? held | bit : held & ~bit, std::memory_order_relaxed);
 }
 
 bool EntryCache::Find(const RecordKey& inKey, FileTime inTime, EntrySnapshot& outEntry)
@@ -72,7 +82,9 @@ void EntryCache::Store(const RecordKey& inKey, FileTime inTime, EntrySnapshot in
 {
     const auto [found, inserted] = mSlots.try_emplace(inKey);
     Slot& slot = found->second;
-    if (!inserted) {
+    if (inserted) {
+        CountTag(inKey.tag, 1);
+    } else {
         mBytes -= BytesOf(slot);
         if (!slot.isPinned) {
             Unlink(*found);
@@ -98,6 +110,8 @@ void EntryCache::Shrink(std::size_t inBudgetBytes)
 void EntryCache::Clear()
 {
     mSlots.clear();
+    mTagCounts.fill(0);
+    mHeldTags.store(0, std::memory_order_relaxed);
     mNewest = nullptr;
     mOldest = nullptr;
     mBytes = 0;

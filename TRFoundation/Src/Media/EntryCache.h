@@ -5,6 +5,8 @@
 #include <kiocore/filesupport/FileTime.h>
 #include <kiocore/utility/Guid.h>
 
+#include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
@@ -44,7 +46,12 @@ public:
     void Store(const RecordKey& inKey, kiocore::filesupport::FileTime inTime, EntrySnapshot inEntry,
                bool inIsSaved, std::size_t inBudgetBytes);
     void Clear();
-    bool IsEmpty() const { return mSlots.empty(); }
+    /// False when no entry has this tag: most documents have a record under the newest tag only, and whoever
+    /// looks for an unknown one tries every tag. May be asked without the lock.
+    bool MayHold(std::int32_t inTag) const
+    {
+        return (mHeldTags.load(std::memory_order_relaxed) >> TagBit(inTag) & 1) != 0;
+    }
 
 private:
     struct Slot;
@@ -57,7 +64,9 @@ private:
         Node* older = nullptr;
     };
 
+    static unsigned TagBit(std::int32_t inTag) { return static_cast<std::uint32_t>(inTag) >> 4 & 31; }
     static std::size_t BytesOf(const Slot& inSlot);
+    void CountTag(std::int32_t inTag, int inChange);
     void Link(Node& inNode);
     void Unlink(Node& inNode);
     void Forget(Node& inNode);
@@ -67,6 +76,8 @@ private:
     Node* mNewest = nullptr; // pinned ones are not in this list
     Node* mOldest = nullptr;
     std::size_t mBytes = 0;
+    std::array<std::uint32_t, 32> mTagCounts{}; // by TagBit
+    std::atomic<std::uint32_t> mHeldTags{0};    // the bits whose count is not zero
 };
 
 } // namespace TR

@@ -40,6 +40,9 @@ UTF16String DocumentLockFile()
 
 bool FindInMemory(const RecordKey& inKey, FileTime inTime, EntrySnapshot& outEntry)
 {
+    if (!sMediaAcceleratorCache.MayHold(inKey.tag)) {
+        return false;
+    }
     ScLock lock(sMediaAcceleratorCacheCriticalSection, kLockLimit);
     return sMediaAcceleratorCache.Find(inKey, inTime, outEntry);
 }
@@ -85,9 +88,11 @@ bool Read(const Guid& inDocumentID, EntrySnapshot& outEntry)
     if (!paths.HasFolder()) {
         return false;
     }
-    for (const int tag : paths.GetTags()) {
-        const UTF16String& path = paths.GetPath(inDocumentID, tag);
-        const RecordKey key{inDocumentID, paths.GetFolderNumber(), tag};
+    paths.BeginDocument(inDocumentID);
+    const std::size_t tagCount = paths.GetTags().size();
+    for (std::size_t i = 0; i < tagCount; ++i) {
+        const UTF16String& path = paths.GetPath(i);
+        const RecordKey key{inDocumentID, paths.GetFolderNumber(), paths.GetTags()[i]};
         const FileTime time = TimeOf(path);
         if (FindInMemory(key, time, outEntry)) {
             return true;
@@ -95,7 +100,6 @@ bool Read(const Guid& inDocumentID, EntrySnapshot& outEntry)
         if (time == kNoFileTime) {
             continue;
         }
-        // Reading asks the preferences and may call back into us, which would reuse the thread's path.
         const UTF16String ownPath = path;
         const auto reader = CreateReader();
         if (const auto entry = ReadFile(*reader, ownPath)) {
@@ -114,7 +118,8 @@ int Write(const Guid& inDocumentID, const MediaAcceleratorDatabaseEntry& inEntry
         return -1;
     }
     const RecordKey key{inDocumentID, paths.GetFolderNumber(), paths.GetTags().front()};
-    const UTF16String path = paths.GetPath(inDocumentID, key.tag);
+    paths.BeginDocument(inDocumentID);
+    const UTF16String path = paths.GetPath(0);
     const UTF16String folder = paths.GetFolder();
 
     const InterfaceRef<BE::IXMLFileWriter> writer =

@@ -148,8 +148,15 @@ private:
     int Write() { return WriteAll(mTemporary.Descriptor(), mBytes.data(), mBytes.size()); }
     int SetMode()
     {
-        // What the mask for new files took away, the replaced file may have.
-        return mReplaces ? GetFileCalls().ChangeMode(mTemporary.Descriptor(), mReplacedMode) : 0;
+        // What the mask for new files took away, the replaced file may have; mostly it has nothing of that.
+        struct stat status;
+        if (!mReplaces) {
+            return 0;
+        }
+        if (::fstat(mTemporary.Descriptor(), &status) == 0 && (status.st_mode & 07777) == mReplacedMode) {
+            return 0;
+        }
+        return GetFileCalls().ChangeMode(mTemporary.Descriptor(), mReplacedMode);
     }
 
     int SetTime()
