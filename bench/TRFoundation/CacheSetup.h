@@ -58,5 +58,6 @@ void BenchAdd(CacheSetup& ioSetup);
 void BenchMemory(CacheSetup& ioSetup);
 void BenchClean(CacheSetup& ioSetup);
 void BenchDeleteAll(CacheSetup& ioSetup);
+void BenchIngest(CacheSetup& ioSetup);
 
 } // namespace bench
