@@ -11,7 +11,6 @@
 #include <kiocore/threads/RecursiveMutex.h>
 #include <kiocore/utility/FileUtils.h>
 
-#include <map>
 #include <utility>
 
 namespace TR {
@@ -25,20 +24,8 @@ using kiocore::utility::DecimalText;
 using kiocore::utility::FileUtils;
 using ZOL::PathUtils;
 
-namespace {
-
-RecursiveMutex sAcceleratorHandlerMapCriticalSection;
-std::map<UTF16String, InterfaceRef<IMediaAcceleratorCopy>>
-    sAcceleratorHandlerMap; // guarded by the lock above
-
-InterfaceRef<IMediaAcceleratorCopy> FindHandler(const UTF16String& inKey)
-{
-    ScLock lock(sAcceleratorHandlerMapCriticalSection, kLockLimit);
-    const auto found = sAcceleratorHandlerMap.find(inKey);
-    return found == sAcceleratorHandlerMap.end() ? InterfaceRef<IMediaAcceleratorCopy>() : found->second;
-}
-
-} // namespace
+RecursiveMutex MediaAcceleratorDatabase::sAcceleratorHandlerMapCriticalSection;
+std::map<UTF16String, InterfaceRef<IMediaAcceleratorCopy>> MediaAcceleratorDatabase::sAcceleratorHandlerMap;
 
 IMediaAcceleratorDatabase::~IMediaAcceleratorDatabase() = default;
 IMediaAcceleratorCopy::~IMediaAcceleratorCopy() = default;
@@ -211,6 +198,13 @@ std::vector<int> MediaAcceleratorDatabase::GetVersionTags()
     std::vector<int> tags = DatabasePaths::ForThisThread().GetTags();
     tags.pop_back(); // the untagged one
     return tags;
+}
+
+InterfaceRef<IMediaAcceleratorCopy> MediaAcceleratorDatabase::FindHandler(const UTF16String& inKey)
+{
+    ScLock lock(sAcceleratorHandlerMapCriticalSection, kLockLimit);
+    const auto found = sAcceleratorHandlerMap.find(inKey);
+    return found == sAcceleratorHandlerMap.end() ? InterfaceRef<IMediaAcceleratorCopy>() : found->second;
 }
 
 void MediaAcceleratorDatabase::RegisterAcceleratorHandler(const UTF16String& inKey,

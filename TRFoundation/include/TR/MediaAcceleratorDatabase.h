@@ -6,7 +6,9 @@
 #include <ZOL/BatchOperation.h>
 #include <kiocore/Export.h>
 #include <kiocore/classref/InterfaceRef.h>
+#include <kiocore/threads/RecursiveMutex.h>
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -67,7 +69,8 @@ public:
     static std::vector<int> GetVersionTags();
 
     /// The first handler of a key stays; later ones are ignored.
-    static void RegisterAcceleratorHandler(const UTF16String& inKey, InterfaceRef<IMediaAcceleratorCopy> inHandler);
+    static void RegisterAcceleratorHandler(const UTF16String& inKey,
+                                           InterfaceRef<IMediaAcceleratorCopy> inHandler);
     static void Startup();
     /// Lets handlers and records in memory go.
     static void Shutdown();
@@ -75,6 +78,11 @@ public:
     void* QueryMap(const CFUUIDBytes& inInterfaceID) override;
 
 private:
+    static InterfaceRef<IMediaAcceleratorCopy> FindHandler(const UTF16String& inKey);
+
+    static kiocore::threads::RecursiveMutex sAcceleratorHandlerMapCriticalSection;
+    static std::map<UTF16String, InterfaceRef<IMediaAcceleratorCopy>> sAcceleratorHandlerMap; // by item key
+
     const std::unique_ptr<BatchRun> mRun;
 };
 
