@@ -39,16 +39,17 @@ public:
         mBytes = mBytes.subspan(1);
         return byte;
     }
-    UTF16String Text()
+    UTF16String Text(bool inMayBeLong = true)
     {
         const std::uint8_t form = Byte();
+        const bool isLong = inMayBeLong && form & 0x80 && mLongTexts-- > 0;
         UTF16String once;
         for (int i = form & 0x3F; i > 0 && !IsAtEnd(); --i) {
             const unsigned high = form & 0x40 ? Byte() : 0;
             once += static_cast<char16_t>(high << 8 | Byte());
         }
         UTF16String text;
-        for (int i = form & 0x80 ? 300 : 1; i > 0; --i) {
+        for (int i = isLong ? 300 : 1; i > 0; --i) {
             text += once;
         }
         return text;
@@ -56,6 +57,7 @@ public:
 
 private:
     std::span<const std::uint8_t> mBytes;
+    int mLongTexts = 4; // more would only make it slow
 };
 
 struct Contents {
@@ -73,7 +75,7 @@ Contents Read(Input inInput)
     while (!inInput.IsAtEnd()) {
         const std::uint8_t step = inInput.Byte();
         if (step % 4 == 0 || !items) {
-            items = &contents.streams[inInput.Text()];
+            items = &contents.streams[inInput.Text(false)];
             continue;
         }
         MediaAcceleratorItem item;
