@@ -24,7 +24,8 @@ void Require(bool inTrue)
 /// begin a stream, anything else and three texts (key, path, Windows path) make an item.
 ///
 /// A text is a byte and that many bytes as it says in its lowest 6 bits: one for each unit, or two with
-/// bit 6. Bit 7 repeats the text 140 times.
+/// bit 6. Bit 7 repeats the text 140 times, once in an input and not for a stream's ID, which every search
+/// in the stream compares.
 class Input {
 public:
     explicit Input(std::span<const std::uint8_t> inBytes) : mBytes(inBytes) {}
