@@ -117,7 +117,7 @@ function(project_fuzz name)
     endif()
     list(LENGTH seeds seed_count)
     list(JOIN seeds "," seeds)
-    math(EXPR runs "${seed_count} + 3000")
+    math(EXPR runs "${seed_count} + 2000")
     # The same inputs every time, none kept from the run before: a failure here can be repeated.
     add_test(NAME Fuzz.${name} COMMAND ${name} -seed_inputs=${seeds} -runs=${runs} -seed=1 -timeout=10
         -rss_limit_mb=2048 -artifact_prefix=${CMAKE_BINARY_DIR}/${name}-)

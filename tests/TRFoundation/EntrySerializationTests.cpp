@@ -9,12 +9,14 @@
 
 #include <gmock/gmock.h>
 
-#include <sys/resource.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <stdexcept>
 
 namespace {
 
@@ -309,24 +311,64 @@ TEST_F(EntrySerialization, AStreamOf256ItemsIsSafe)
     EXPECT_FALSE(read->IsModified());
 }
 
+/// The most memory that this process had since the last time that this was begun anew, in bytes.
+class PeakMemory {
+public:
+    PeakMemory()
+    {
+        std::ofstream("/proc/self/clear_refs") << "5"; // the peak begins at what is in use now
+        mBefore = Read();
+    }
+    std::size_t Growth() const { return Read() - mBefore; }
+
+private:
+    static std::size_t Read()
+    {
+        std::ifstream status("/proc/self/status");
+        for (std::string word; status >> word;) {
+            if (std::size_t kilobytes = 0; word == "VmHWM:" && status >> kilobytes) {
+                return kilobytes * 1024;
+            }
+        }
+        throw std::runtime_error("/proc/self/status has no VmHWM");
+    }
+
+    std::size_t mBefore = 0;
+};
+
 TEST_F(EntrySerialization, CountsBeyondTheValuesHeldAreDamageAndCheap)
 {
-    const char* const kClaims[] = {
-        "<UInt32 Key=\"Stream.Count\" Value=\"4294967295\"/>",
-        "<UInt32 Key=\"Stream.Count\" Value=\"1\"/><UInt32 Key=\"Item.Count.1\" Value=\"4294967295\"/>",
-        "<UInt32 Key=\"Stream.Count\" Value=\"2\"/>",
+    const std::string most = "\" Value=\"4294967295\"/>";
+    const std::string oneStream = "<UInt32 Key=\"Stream.Count\" Value=\"1\"/>";
+    std::string eachAsManyAsValues = "<UInt32 Key=\"Stream.Count\" Value=\"16\"/>";
+    for (int i = 1; i <= 16; ++i) {
+        eachAsManyAsValues += "<UInt32 Key=\"Item.Count." + std::to_string(i) + "\" Value=\"17\"/>";
+    }
+    const struct {
+        const char* name;
+        std::string values;
+        bool expectedDamaged;
+    } kCases[] = {
+        {"streams", "<UInt32 Key=\"Stream.Count" + most, true},
+        {"items of a stream", oneStream + "<UInt32 Key=\"Item.Count.1" + most, true},
+        {"one stream too many", "<UInt32 Key=\"Stream.Count\" Value=\"2\"/>", true},
+        {"as much as the values allow", eachAsManyAsValues, false},
     };
-    for (const char* claim : kClaims) {
-        SCOPED_TRACE(claim);
-        EXPECT_THROW(
-            {
-                const InterfaceRef<BE::IXMLFileReader> reader =
-                    ClassFactory::CreateClassInstanceRef(BE::kXMLFileReaderClassID);
-                ASSERT_GE(reader->OpenBytes(Document(4, claim)), 0);
-                InterfaceRef<BE::ISerializeable> object;
-                reader->GetDataReader().ReadObject("MediaAcceleratorDatabaseEntry", object);
-            },
-            BE::exDamagedData);
+    for (const auto& test : kCases) {
+        SCOPED_TRACE(test.name);
+        std::string document = Document(4, test.values);
+        document.append(document.size() < 1024 ? 1024 - document.size() : 0, ' ');
+        const auto start = std::chrono::steady_clock::now();
+        const PeakMemory peak;
+        const auto read = [&] { EXPECT_EQ(Read(document)->GetItemCount(), 0u); };
+        if (test.expectedDamaged) {
+            EXPECT_THROW(read(), BE::exDamagedData);
+        } else {
+            EXPECT_NO_THROW(read());
+        }
+        EXPECT_LE(peak.Growth(), 32u << 20);
+        const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
+        std::printf("%s: %.3f ms, %zu KiB\n", test.name, took.count(), peak.Growth() >> 10);
     }
 }
 
