@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -335,6 +336,18 @@ private:
 
     std::size_t mBefore = 0;
 };
+
+TEST_F(EntrySerialization, MoreThan256ItemsRunIntoTheNextStreamsBlock)
+{
+    const EntryRef entry = MediaAcceleratorDatabaseEntry::Create(Guid());
+    for (unsigned i = 0; i < 257; ++i) {
+        entry->AddItem(0u, {u"/a", {}, kiocore::utility::DecimalText(1000 + i), true}, true);
+    }
+    entry->AddItem(1u, {u"/b", {}, u"k", true}, true);
+    const std::vector<std::string> keys = StoredKeys(entry);
+    EXPECT_EQ(std::count(keys.begin(), keys.end(), "Item.Key.256"), 1);
+    EXPECT_EQ(std::count(keys.begin(), keys.end(), "Item.Key.257"), 2);
+}
 
 TEST_F(EntrySerialization, CountsBeyondTheValuesHeldAreDamageAndCheap)
 {
