@@ -1,5 +1,6 @@
 // Any bytes as a document: opened, visited, and read by every type in and out of order. What was read is
-// written again and must come back the same.
+// written again and must come back the same, and whichever way of reading took the document, the parser must
+// take it too, as the same.
 
 #include <BE/Backend.h>
 #include <BE/XMLFile.h>
@@ -105,6 +106,27 @@ void ExpectTextsComeBack(const Texts& inTexts)
     }
 }
 
+std::vector<UTF16String> Shown(IXMLFileReader& inReader)
+{
+    std::vector<UTF16String> shown;
+    inReader.VisitStored(kTopKey, [&](std::string_view type, std::string_view key, const UTF16String& value) {
+        shown.push_back(kiocore::utility::ToUTF16(type));
+        shown.push_back(kiocore::utility::ToUTF16(key));
+        shown.push_back(value);
+    });
+    return shown;
+}
+
+/// A comment in front is nothing that our writer writes, so such a document goes to the parser.
+void ExpectTheParserToAgree(IXMLFileReader& inReader, std::string_view inBytes)
+{
+    inBytes.remove_prefix(inBytes.starts_with("\xEF\xBB\xBF") ? 3 : 0);
+    const InterfaceRef<IXMLFileReader> parser =
+        kiocore::classref::ClassFactory::CreateInstanceRef(kXMLFileReaderClassID);
+    Require(parser->OpenBytes("<!---->" + std::string(inBytes)) == 0 && Shown(*parser) == Shown(inReader) &&
+            parser->GetDataReader().GetValueCount() == inReader.GetDataReader().GetValueCount());
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
@@ -122,8 +144,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inBytes, std::size_t i
 {
     const InterfaceRef<IXMLFileReader> reader =
         kiocore::classref::ClassFactory::CreateInstanceRef(kXMLFileReaderClassID);
-    const int result = reader->OpenBytes({reinterpret_cast<const char*>(inBytes), inSize});
+    const std::string_view bytes(reinterpret_cast<const char*>(inBytes), inSize);
+    const int result = reader->OpenBytes(bytes);
     Require((result == 0) == reader->GetOpenError().empty());
+    if (result == 0) {
+        ExpectTheParserToAgree(*reader, bytes);
+    }
     Reading::sKeys.clear();
     Reading::sTexts.values.clear();
     reader->VisitStored(kTopKey, [](std::string_view, std::string_view key, const UTF16String&) {

@@ -300,6 +300,47 @@ TEST_F(EntrySerialization, DuplicateStreamsAndKeysKeepTheFirst)
     EXPECT_EQ(entry->GetStreamCount(), 1u);
 }
 
+TEST_F(EntrySerialization, StreamsAndItemsInAnyOrderAreFound)
+{
+    const auto item = [](int inNumber, const std::string& inKey, const std::string& inFile) {
+        const std::string n = std::to_string(inNumber);
+        return "<String Key=\"Item.WinPath." + n + "\" Value=\"C:\\\\" + inFile +
+               "\"/><String Key=\"Item.Key." + n + "\" Value=\"" + inKey + "\"/>";
+    };
+    const EntryRef entry = Read(
+        Document(4, "<UInt32 Key=\"Stream.Count\" Value=\"3\"/><String Key=\"Stream.ID.1\" Value=\"7\"/>" +
+                        item(1, "z", "first") + item(2, "y", "second") + item(3, "z", "third") +
+                        item(4, "x", "fourth") +
+                        "<UInt32 Key=\"Item.Count.1\" Value=\"4\"/>"
+                        "<String Key=\"Stream.ID.2\" Value=\"10\"/>" +
+                        item(257, "k", "fifth") +
+                        "<UInt32 Key=\"Item.Count.2\" Value=\"1\"/>"
+                        "<String Key=\"Stream.ID.3\" Value=\"7\"/>" +
+                        item(513, "k", "sixth") + "<UInt32 Key=\"Item.Count.3\" Value=\"1\"/>"));
+    // As it is read first, then with its items spread out for being looked at.
+    for (const char* state : {"packed", "spread out"}) {
+        SCOPED_TRACE(state);
+        EXPECT_EQ(entry->GetStreamCount(), 2u);
+        EXPECT_EQ(entry->GetItemCount(), 4u);
+        const struct {
+            const char16_t* stream;
+            const char16_t* key;
+            const char16_t* file;
+        } kItems[] = {{u"7", u"x", u"fourth"},
+                      {u"7", u"y", u"second"},
+                      {u"7", u"z", u"first"},
+                      {u"10", u"k", u"fifth"}};
+        for (const auto& test : kItems) {
+            UTF16String path;
+            EXPECT_EQ(entry->FindItem(test.stream, test.key, path), 0);
+            EXPECT_TRUE(path.ends_with(test.file)) << kiocore::utility::ToUTF8(path);
+        }
+        std::vector<UTF16String> streams;
+        entry->GetStreamIDs(streams);
+        EXPECT_THAT(streams, ElementsAre(u"10", u"7"));
+    }
+}
+
 TEST_F(EntrySerialization, AStreamOf256ItemsIsSafe)
 {
     const EntryRef entry = MediaAcceleratorDatabaseEntry::Create(Guid());

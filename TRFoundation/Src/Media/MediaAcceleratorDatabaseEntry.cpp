@@ -96,6 +96,11 @@ void MediaAcceleratorDatabaseEntry::SetOriginal(const UTF16String& inPath)
 }
 UTF16String MediaAcceleratorDatabaseEntry::GetOriginal() const
 {
+    if (mPacked) {
+        UTF16String path;
+        mPacked->GetOriginalPath(path);
+        return path;
+    }
     return Contents().originalPath;
 }
 
@@ -186,11 +191,14 @@ void MediaAcceleratorDatabaseEntry::GetStreamIDs(std::vector<UTF16String>& out) 
 
 std::size_t MediaAcceleratorDatabaseEntry::GetStreamCount() const
 {
-    return Contents().streams.size();
+    return mPacked ? mPacked->GetStreamCount() : Contents().streams.size();
 }
 
 std::size_t MediaAcceleratorDatabaseEntry::GetItemCount() const
 {
+    if (mPacked) {
+        return mPacked->GetItemCount();
+    }
     std::size_t count = 0;
     for (const auto& [streamID, items] : Contents().streams) {
         count += items.size();

@@ -2,6 +2,8 @@
 #include <TR/MediaAcceleratorDatabaseEntry.h>
 #include <TR/TRFoundation.h>
 
+#include "GatheredStreams.h"
+
 #include <BE/Serialization.h>
 #include <ZOL/File.h>
 #include <ZOL/PathUtils.h>
@@ -47,6 +49,9 @@ constexpr unsigned int ItemIndex(unsigned int inStream, unsigned int inItem)
 {
     return inStream * 256u + inItem + 1;
 }
+
+/// In what is written today.
+constexpr std::size_t kValuesOfItem = 6;
 
 /// How many items a record may claim beyond the values that it holds before it counts as damaged: items
 /// whose keys are all missing are allowed, but not enough of them to keep a reader busy.
@@ -152,9 +157,11 @@ void MediaAcceleratorDatabaseEntry::SerializeIn(unsigned int inVersion, BE::Data
     inReader.ReadValue(kMediaAcceleratorDatabaseEntryKey_StreamCount, streamCount);
     CheckCount("streams", streamCount.Get(), valueCount);
 
+    GatheredStreams gathered(valueCount / kValuesOfItem);
     std::size_t itemsClaimed = 0;
     SerializeableValue<bool> canBeCopied; // deliberately outlives an item: older writers left it out
     MF::BinaryData modDate;
+    MediaAcceleratorItem item; // one for all, so that the memory of those that are dropped is used again
     for (unsigned int s = 0; s < streamCount.Get(); ++s) {
         UTF16String streamID = DecimalText(s);
         inReader.ReadValue(CreateKeyWithIndex(kMediaAcceleratorDatabaseEntryKey_StreamID, s + 1), streamID);
@@ -164,10 +171,12 @@ void MediaAcceleratorDatabaseEntry::SerializeIn(unsigned int inVersion, BE::Data
         itemsClaimed += itemCount.Get();
         CheckCount("items", itemsClaimed, valueCount + kMostMissingItems);
 
-        Items items;
+        gathered.BeginStream(streamID);
         for (unsigned int i = 0; i < itemCount.Get(); ++i) {
             const unsigned int n = ItemIndex(s, i);
-            MediaAcceleratorItem item;
+            item.path.clear();
+            item.winPath.clear();
+            item.key.clear();
             inReader.ReadValue(CreateKeyWithIndex(itemPathKey, n), item.path);
             if (hasPlatformPaths) {
                 inReader.ReadValue(CreateKeyWithIndex(kMediaAcceleratorDatabaseEntryKey_ItemWinPath, n),
@@ -184,11 +193,33 @@ void MediaAcceleratorDatabaseEntry::SerializeIn(unsigned int inVersion, BE::Data
                                canBeCopied);
             item.canBeCopied = canBeCopied.Get();
             if (CheckItem(item, recordedTime)) {
-                UTF16String key = item.key;
-                items.try_emplace(std::move(key), std::move(item));
+                gathered.Add(item);
             }
         }
-        record.streams.try_emplace(std::move(streamID), std::move(items));
+    }
+    Take(gathered);
+}
+
+/// Into a record without streams, which stays packed then, or beside those that it has.
+void MediaAcceleratorDatabaseEntry::Take(GatheredStreams& inGathered)
+{
+    Record& record = Contents();
+    if (record.streams.empty()) {
+        mPacked = PackedEntry::Pack(record.originalPath, record.originalWinPath, inGathered.InOrder());
+        mRecord.reset();
+        return;
+    }
+    for (const PackedEntry::StreamView& stream : inGathered.InOrder()) {
+        const auto [present, isNew] = record.streams.try_emplace(UTF16String(stream.id));
+        if (!isNew) {
+            continue;
+        }
+        for (const PackedEntry::ItemView& item : stream.items) {
+            UTF16String key(item.key);
+            MediaAcceleratorItem unpacked{UTF16String(item.path), UTF16String(item.winPath), key,
+                                          item.canBeCopied};
+            present->second.try_emplace(present->second.end(), std::move(key), std::move(unpacked));
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #include "PackedEntry.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <map>
@@ -71,10 +72,83 @@ struct PackedText {
 };
 
 /// Folder part of a path in either platform's form, for sharing it between paths; not for use as a path.
-std::size_t FolderLength(UTF16View inPath)
+UTF16View FolderOf(UTF16View inPath)
 {
-    const std::size_t separator = inPath.find_last_of(u"/\\");
-    return separator == UTF16View::npos ? 0 : separator + 1;
+    std::size_t length = inPath.size();
+    while (length != 0 && inPath[length - 1] != u'/' && inPath[length - 1] != u'\\') {
+        --length;
+    }
+    return inPath.substr(0, length);
+}
+
+bool IsSame(UTF16View inA, UTF16View inB)
+{
+    return inA.size() == inB.size() &&
+           std::memcmp(inA.data(), inB.data(), inA.size() * sizeof(char16_t)) == 0;
+}
+
+/// Numbers the folders of paths in the order in which they come.
+class Folders {
+public:
+    Folders() { mInOrder.reserve(kFew); }
+
+    /// @return the folder's number, from 0.
+    std::size_t Note(UTF16View inFolder)
+    {
+        const std::size_t few = std::min(mInOrder.size(), kFew);
+        for (std::size_t i = 0; i < few; ++i) {
+            if (IsSame(mInOrder[i], inFolder)) {
+                return i;
+            }
+        }
+        if (few == kFew) {
+            const auto [found, isNew] = mFurther.try_emplace(inFolder, mInOrder.size());
+            if (!isNew) {
+                return found->second;
+            }
+        }
+        mInOrder.push_back(inFolder);
+        return mInOrder.size() - 1;
+    }
+    const std::vector<UTF16View>& InOrder() const { return mInOrder; }
+
+private:
+    /// Records name a folder or two; these are compared one by one.
+    static constexpr std::size_t kFew = 4;
+
+    std::vector<UTF16View> mInOrder;
+    std::map<UTF16View, std::size_t> mFurther;
+};
+
+// A fixed count lets the compiler use vector registers without having to know the length.
+constexpr std::size_t kBlock = 16;
+
+bool IsNarrow(UTF16View inText)
+{
+    char16_t seen = 0;
+    std::size_t i = 0;
+    for (; i + kBlock <= inText.size(); i += kBlock) {
+        for (std::size_t k = 0; k < kBlock; ++k) {
+            seen |= inText[i + k];
+        }
+    }
+    for (; i < inText.size(); ++i) {
+        seen |= inText[i];
+    }
+    return seen <= 0xFF;
+}
+
+void Narrow(UTF16View inText, char* outBytes)
+{
+    std::size_t i = 0;
+    for (; i + kBlock <= inText.size(); i += kBlock) {
+        for (std::size_t k = 0; k < kBlock; ++k) {
+            outBytes[i + k] = static_cast<char>(inText[i + k]);
+        }
+    }
+    for (; i < inText.size(); ++i) {
+        outBytes[i] = static_cast<char>(inText[i]);
+    }
 }
 
 } // namespace
@@ -128,31 +202,26 @@ public:
     void Byte(std::uint8_t inByte) { mBytes.push_back(static_cast<char>(inByte)); }
     void Text(UTF16View inText)
     {
-        char16_t seen = 0;
-        for (char16_t unit : inText) {
-            seen |= unit;
-        }
-        const bool wide = seen > 0xFF;
+        const bool wide = !IsNarrow(inText);
         Number(inText.size() << 1 | (wide ? 1 : 0));
         if (wide) {
             mBytes.append(reinterpret_cast<const char*>(inText.data()), inText.size() * 2);
         } else {
-            for (char16_t unit : inText) {
-                mBytes.push_back(static_cast<char>(unit));
-            }
+            const std::size_t at = mBytes.size();
+            mBytes.resize(at + inText.size());
+            Narrow(inText, mBytes.data() + at);
         }
     }
-    void Path(const std::map<UTF16View, std::size_t>& inFolders, UTF16View inPath)
+    /// @param ioFolders  knows the path's folder.
+    void Path(Folders& ioFolders, UTF16View inPath)
     {
-        const std::size_t length = FolderLength(inPath);
-        const auto folder = length ? inFolders.find(inPath.substr(0, length)) : inFolders.end();
-        if (folder == inFolders.end()) {
+        const UTF16View folder = FolderOf(inPath);
+        if (folder.empty()) {
             Number(0);
-            Text(inPath);
         } else {
-            Number(folder->second + 1);
-            Text(inPath.substr(length));
+            Number(ioFolders.Note(folder) + 1);
         }
+        Text(inPath.substr(folder.size()));
     }
     void Append(std::string_view inBytes) { mBytes.append(inBytes); }
     void Offset(std::size_t inAt, std::size_t inValue)
@@ -163,6 +232,7 @@ public:
         const auto value = static_cast<std::uint32_t>(inValue);
         std::memcpy(mBytes.data() + inAt, &value, sizeof(value));
     }
+    void Expect(std::size_t inBytes) { mBytes.reserve(inBytes); }
     void Reserve(std::size_t inBytes) { mBytes.append(inBytes, '\0'); }
     std::size_t Size() const { return mBytes.size(); }
     const std::string& Bytes() const { return mBytes; }
@@ -192,24 +262,50 @@ std::uint32_t PackedEntry::TableAt(std::size_t inIndex) const
 PackedEntryPtr PackedEntry::Pack(const UTF16String& inOriginalPath, const UTF16String& inOriginalWinPath,
                                  const Streams& inStreams)
 {
-    std::map<UTF16View, std::size_t> folders;
-    std::vector<UTF16View> folderOrder;
+    std::size_t itemCount = 0;
+    for (const auto& [streamID, items] : inStreams) {
+        itemCount += items.size();
+    }
+    std::vector<ItemView> itemViews;
+    itemViews.reserve(itemCount); // so that the spans stay
+    std::vector<StreamView> streamViews;
+    streamViews.reserve(inStreams.size());
+    for (const auto& [streamID, items] : inStreams) {
+        const ItemView* const first = itemViews.data() + itemViews.size();
+        for (const auto& [key, item] : items) {
+            itemViews.push_back({key, item.path, item.winPath, item.canBeCopied});
+        }
+        streamViews.push_back({streamID, {first, items.size()}});
+    }
+    return Pack(inOriginalPath, inOriginalWinPath, streamViews);
+}
+
+PackedEntryPtr PackedEntry::Pack(UTF16View inOriginalPath, UTF16View inOriginalWinPath,
+                                 std::span<const StreamView> inStreams)
+{
+    Folders folders;
     const auto noteFolder = [&](UTF16View inPath) {
-        const UTF16View folder = inPath.substr(0, FolderLength(inPath));
-        if (!folder.empty() && folders.emplace(folder, folderOrder.size()).second) {
-            folderOrder.push_back(folder);
+        if (const UTF16View folder = FolderOf(inPath); !folder.empty()) {
+            folders.Note(folder);
         }
     };
     noteFolder(inOriginalPath);
-    for (const auto& [streamID, items] : inStreams) {
-        for (const auto& [key, item] : items) {
+    std::size_t textUnits = inOriginalPath.size() + inOriginalWinPath.size();
+    std::size_t texts = 3;
+    for (const StreamView& stream : inStreams) {
+        textUnits += stream.id.size();
+        texts += 3 + stream.items.size() * 5;
+        for (const ItemView& item : stream.items) {
             noteFolder(item.path);
+            textUnits += item.key.size() + item.path.size() + item.winPath.size();
         }
     }
 
+    const std::vector<UTF16View>& folderOrder = folders.InOrder();
     constexpr std::size_t kOffset = sizeof(std::uint32_t);
     constexpr std::size_t kTable = sizeof(PackedEntry);
     Writer out;
+    out.Expect(kTable + textUnits + texts * kOffset); // what it takes unless texts are wide
     out.Reserve(kTable + (inStreams.size() + folderOrder.size()) * kOffset);
     out.Path(folders, inOriginalPath);
     out.Text(inOriginalWinPath);
@@ -222,10 +318,10 @@ PackedEntryPtr PackedEntry::Pack(const UTF16String& inOriginalPath, const UTF16S
         out.Number(items.size());
         std::size_t itemTable = out.Size();
         out.Reserve(items.size() * kOffset);
-        for (const auto& [key, item] : items) {
+        for (const ItemView& item : items) {
             out.Offset(itemTable, out.Size() - streamAt);
             itemTable += kOffset;
-            out.Text(key);
+            out.Text(item.key);
             out.Byte(item.canBeCopied ? kCanBeCopied : 0);
             out.Path(folders, item.path);
             out.Text(item.winPath);
@@ -247,6 +343,23 @@ PackedEntryPtr PackedEntry::Pack(const UTF16String& inOriginalPath, const UTF16S
     packed->mStreamCount = static_cast<std::uint32_t>(inStreams.size());
     packed->mFolderCount = static_cast<std::uint32_t>(folderOrder.size());
     return PackedEntryPtr(packed);
+}
+
+void PackedEntry::GetOriginalPath(UTF16String& outPath) const
+{
+    Reader(Begin() + sizeof(PackedEntry) + (mStreamCount + mFolderCount) * sizeof(std::uint32_t))
+        .Path(*this, outPath);
+}
+
+std::size_t PackedEntry::GetItemCount() const
+{
+    std::size_t count = 0;
+    for (std::size_t s = 0; s < mStreamCount; ++s) {
+        Reader stream(Stream(s));
+        stream.Text();
+        count += stream.Number();
+    }
+    return count;
 }
 
 void PackedEntry::Unpack(UTF16String& outOriginalPath, UTF16String& outOriginalWinPath,

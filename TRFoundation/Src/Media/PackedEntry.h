@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace TR {
 
@@ -22,6 +23,20 @@ class PackedEntry {
 public:
     using Streams = MediaAcceleratorDatabaseEntry::Streams;
 
+    struct ItemView {
+        kiocore::UTF16View key;
+        kiocore::UTF16View path;
+        kiocore::UTF16View winPath;
+        bool canBeCopied;
+    };
+    struct StreamView {
+        kiocore::UTF16View id;
+        std::span<const ItemView> items; ///< in the order of their keys, each key once
+    };
+
+    /// @param inStreams  in the order of their IDs, each ID once.
+    static PackedEntryPtr Pack(kiocore::UTF16View inOriginalPath, kiocore::UTF16View inOriginalWinPath,
+                               std::span<const StreamView> inStreams);
     static PackedEntryPtr Pack(const UTF16String& inOriginalPath, const UTF16String& inOriginalWinPath,
                                const Streams& inStreams);
     void Unpack(UTF16String& outOriginalPath, UTF16String& outOriginalWinPath, Streams& outStreams) const;
@@ -29,6 +44,10 @@ public:
     /// @param outPath  untouched when there is no such stream or item; no allocation once it is large enough.
     /// @return 0; -1 when there is no such stream or item, or the item's path is empty.
     int FindItemPath(kiocore::UTF16View inStreamID, kiocore::UTF16View inKey, UTF16String& outPath) const;
+
+    void GetOriginalPath(UTF16String& outPath) const;
+    std::size_t GetStreamCount() const { return mStreamCount; }
+    std::size_t GetItemCount() const;
 
     /// Of the whole block.
     std::size_t BytesUsed() const { return mBytes; }

@@ -21,6 +21,7 @@ using kiocore::ImmutableString;
 using kiocore::InterfaceRef;
 using kiocore::UTF16String;
 
+class GatheredStreams;
 class PackedEntry;
 struct EntrySnapshot;
 
@@ -121,6 +122,7 @@ private:
     template <typename Visitor>
     void VisitStored(Visitor&& inVisitor) const;
     bool CheckItem(MediaAcceleratorItem& ioItem, std::uint64_t inRecordedTime);
+    void Take(GatheredStreams& inGathered);
     UTF16String RebuildPath(const UTF16String& inWinPath);
 
     Guid mContentState;

@@ -215,11 +215,11 @@ bool PreferenceStore::ReadObject(const XMLDocument& inDocument, const char* inKe
         if (value.type == StoredType::kObject || value.type == StoredType::kMap) {
             return Refuse(key, NameOf(value.type), "a single value");
         }
-        if (const char* problem = DecodeText(value.value, stored.text)) {
+        if (const char* problem = DecodeText(value.Value(), stored.text)) {
             return Refuse(key, std::string("a value that ") + problem, "a readable text");
         }
         if (stored.type == StoredType::kBool && stored.text != u"true" && stored.text != u"false") {
-            return Refuse(key, value.value, "true or false");
+            return Refuse(key, std::string(value.Value()), "true or false");
         }
         outValues.emplace(key, std::move(stored));
     }

@@ -179,11 +179,11 @@ void AppendHex(std::string& ioBytes, const MF::BinaryData& inValue)
 bool ParseHex(std::string_view inText, MF::BinaryData& ioValue)
 {
     const auto digitAt = [&](std::size_t i) { return kHexValues[static_cast<unsigned char>(inText[i])]; };
-    bool allDigits = inText.size() % 2 == 0;
-    for (std::size_t i = 0; allDigits && i < inText.size(); ++i) {
-        allDigits = digitAt(i) >= 0;
+    int seen = 0; // below zero once there was anything but a digit
+    for (std::size_t i = 0; i < inText.size(); ++i) {
+        seen |= digitAt(i);
     }
-    if (!allDigits) {
+    if (inText.size() % 2 != 0 || seen < 0) {
         return false;
     }
     ioValue.SetSize(inText.size() / 2);

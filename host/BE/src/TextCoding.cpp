@@ -8,6 +8,9 @@
 namespace BE {
 namespace {
 
+/// Loops of a fixed count are turned into vector instructions.
+constexpr std::size_t kBlock = 16;
+
 constexpr std::uint64_t Repeat(unsigned char inByte)
 {
     return 0x0101010101010101ull * inByte;
@@ -50,34 +53,24 @@ constexpr auto kSpecialBytes = [] {
     return special;
 }();
 
-bool IsPlain(std::string_view inStored)
-{
-    std::size_t i = 0;
-    for (; i + 8 <= inStored.size(); i += 8) {
-        if (AnySpecial(LoadWord(inStored.data() + i))) {
-            return false;
-        }
-    }
-    for (; i < inStored.size(); ++i) {
-        if (kSpecialBytes[static_cast<unsigned char>(inStored[i])]) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// Widens plain bytes. In blocks of a fixed size, which compilers turn into vector instructions.
+/// Widens plain bytes.
 void Widen(const char* inBytes, std::size_t inSize, char16_t* outUnits)
 {
-    std::size_t i = 0;
-    for (; i + 16 <= inSize; i += 16) {
-        for (std::size_t j = 0; j < 16; ++j) {
-            outUnits[i + j] = static_cast<unsigned char>(inBytes[i + j]);
+    const auto widen = [&](std::size_t inAt) {
+        for (std::size_t i = 0; i < kBlock; ++i) {
+            outUnits[inAt + i] = static_cast<unsigned char>(inBytes[inAt + i]);
         }
+    };
+    if (inSize < kBlock) {
+        for (std::size_t i = 0; i < inSize; ++i) {
+            outUnits[i] = static_cast<unsigned char>(inBytes[i]);
+        }
+        return;
     }
-    for (; i < inSize; ++i) {
-        outUnits[i] = static_cast<unsigned char>(inBytes[i]);
+    for (std::size_t i = 0; i + kBlock < inSize; i += kBlock) {
+        widen(i);
     }
+    widen(inSize - kBlock); // overlaps what is there already
 }
 
 void AppendPoint(UTF16String& ioText, std::uint32_t inPoint)
@@ -323,6 +316,19 @@ std::size_t SequenceLength(std::string_view inBytes)
     return 0;
 }
 
+constexpr std::size_t kCheckedBlock = 64;
+
+/// Whether a block is ASCII without controls but line feeds, which every line has.
+bool IsPlainBlock(const char* inBytes)
+{
+    signed char wrong = 0;
+    for (std::size_t i = 0; i < kCheckedBlock; ++i) {
+        const auto byte = static_cast<signed char>(inBytes[i]); // below zero what is no ASCII
+        wrong |= static_cast<signed char>((byte < 0x20) & (byte != '\n'));
+    }
+    return wrong == 0;
+}
+
 std::string ByteAt(std::string_view inBytes, std::size_t inAt)
 {
     static constexpr char kDigits[] = "0123456789abcdef";
@@ -361,6 +367,37 @@ void AppendEncoded(std::string& ioBytes, std::string_view inTextUTF8)
     ioBytes += inTextUTF8;
 }
 
+bool IsPlain(std::string_view inStored)
+{
+    const char* const bytes = inStored.data();
+    const std::size_t size = inStored.size();
+    if (size < 8) {
+        for (const char byte : inStored) {
+            if (kSpecialBytes[static_cast<unsigned char>(byte)]) {
+                return false;
+            }
+        }
+        return true;
+    }
+    // The last block overlaps the one before rather than being gone through byte by byte.
+    if (size < kBlock) {
+        return !(AnySpecial(LoadWord(bytes)) | AnySpecial(LoadWord(bytes + size - 8)));
+    }
+    std::array<signed char, kBlock> special{};
+    const auto note = [&](const char* inBlock) {
+        for (std::size_t i = 0; i < kBlock; ++i) {
+            const auto byte = static_cast<signed char>(inBlock[i]); // below zero what is no ASCII
+            special[i] |=
+                static_cast<signed char>((byte < 0x20) | (byte == '&') | (byte == '<') | (byte == '\\'));
+        }
+    };
+    for (std::size_t i = 0; i + kBlock < size; i += kBlock) {
+        note(bytes + i);
+    }
+    note(bytes + size - kBlock);
+    return special == std::array<signed char, kBlock>{};
+}
+
 const char* DecodeText(std::string_view inStored, UTF16String& outText)
 {
     if (IsPlain(inStored)) {
@@ -394,14 +431,12 @@ Measured Measure(const char* inStored)
 
 std::string CheckBytes(std::string_view inBytes)
 {
+    std::size_t nextBlock = 0; // a block that is not plain is gone through byte by byte, once
     for (std::size_t i = 0; i < inBytes.size();) {
-        if (i + 8 <= inBytes.size()) {
-            // ASCII without controls but line feeds, which every line has. No byte carries into the next.
-            const std::uint64_t word = LoadWord(inBytes.data() + i);
-            const std::uint64_t noControl = word + Repeat(0x80 - 0x20);
-            const std::uint64_t noLineFeed = (word ^ Repeat('\n')) + Repeat(0x7F);
-            if (!((word | (~noControl & noLineFeed)) & Repeat(0x80))) {
-                i += 8;
+        if (i >= nextBlock && i + kCheckedBlock <= inBytes.size()) {
+            nextBlock = i + kCheckedBlock;
+            if (IsPlainBlock(inBytes.data() + i)) {
+                i = nextBlock;
                 continue;
             }
         }

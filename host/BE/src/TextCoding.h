@@ -25,6 +25,9 @@ void AppendEncoded(std::string& ioBytes, std::string_view inTextUTF8);
 /// @return null, or what is wrong; outText is untouched then.
 const char* DecodeText(std::string_view inStored, UTF16String& outText);
 
+/// Whether a text stands for itself in both layers.
+bool IsPlain(std::string_view inStored);
+
 /// The length of a zero-terminated text, and whether it stands for itself in both layers.
 struct Measured {
     std::size_t size;

@@ -154,7 +154,7 @@ bool XMLDataReader::ReadValue(const ImmutableString& inKey, UTF16String& ioValue
     if (!value) {
         return false;
     }
-    DecodeOrThrow(inKey, StoredType::kString, value->value, ioValue);
+    DecodeOrThrow(inKey, StoredType::kString, value->Value(), ioValue);
     return true;
 }
 
@@ -164,8 +164,8 @@ bool XMLDataReader::ReadValue(const ImmutableString& inKey, MF::BinaryData& ioVa
     if (!value) {
         return false;
     }
-    if (!ParseHex(value->value, ioValue)) {
-        ThrowDamaged(inKey, StoredType::kBinary, value->value, "pairs of hexadecimal digits");
+    if (!ParseHex(value->Value(), ioValue)) {
+        ThrowDamaged(inKey, StoredType::kBinary, value->Value(), "pairs of hexadecimal digits");
     }
     return true;
 }
@@ -177,8 +177,8 @@ bool XMLDataReader::ReadValue(const ImmutableString& inKey, ISerializeableValue&
     if (!value) {
         return false;
     }
-    if (!ParseScalar(value->value, ioValue)) {
-        ThrowDamaged(inKey, type, value->value, FormOf(ioValue.GetType()));
+    if (!ParseScalar(value->Value(), ioValue)) {
+        ThrowDamaged(inKey, type, value->Value(), FormOf(ioValue.GetType()));
     }
     return true;
 }
@@ -195,7 +195,7 @@ bool XMLDataReader::ReadObject(const ImmutableString& inKey, InterfaceRef<ISeria
     const InterfaceRef<ISerializeable> object(made);
     if (!object) {
         throw exDamagedData("The object \"" + inKey.AsString() + "\" is of class " + group.classID.AsUTF8() +
-                            " (" + group.className + "), " +
+                            " (" + std::string(group.className) + "), " +
                             (made ? "which cannot be stored" : "of which no object could be made") +
                             "; expected a class that can");
     }
@@ -219,7 +219,7 @@ bool XMLDataReader::ReadValueMap(const ImmutableString& inKey,
     for (std::uint32_t i = 0; i < group.count; ++i) {
         const StoredValue& entry = mDocument.At(at);
         DecodeOrThrow(inKey, StoredType::kMap, entry.Key(), mapKey);
-        DecodeOrThrow(inKey, StoredType::kMap, entry.value, mapValue);
+        DecodeOrThrow(inKey, StoredType::kMap, entry.Value(), mapValue);
         if (!inInsert(mapKey, mapValue)) {
             throw exMapInsertionFailure(inKey.AsString() + "/" + kiocore::utility::ToUTF8(mapKey));
         }

@@ -1,6 +1,7 @@
 #include "XMLDocument.h"
 
 #include "TextCoding.h"
+#include "WrittenForm.h"
 
 #include <BE/XMLFile.h>
 
@@ -23,13 +24,6 @@ constexpr std::ptrdiff_t kShortestTag = 3; // "<a>"
 
 constexpr const char* kTypeNames[] = {"Bool", "Int32",  "UInt32", "Int64",  "UInt64", "Double",
                                       "Guid", "String", "Binary", "Object", "Map",    "Entry"};
-
-bool ParseVersion(const char* inText, std::uint32_t& outVersion)
-{
-    const char* end = inText + std::strlen(inText);
-    const auto parsed = std::from_chars(inText, end, outVersion);
-    return parsed.ec == std::errc() && parsed.ptr == end;
-}
 
 std::string Quoted(const char* inText)
 {
@@ -125,6 +119,13 @@ struct NotTaken {
 
 } // namespace
 
+bool ParseVersion(std::string_view inText, std::uint32_t& outVersion)
+{
+    const char* const end = inText.data() + inText.size();
+    const auto parsed = std::from_chars(inText.data(), end, outVersion);
+    return parsed.ec == std::errc() && parsed.ptr == end;
+}
+
 const char* NameOf(StoredType inType)
 {
     return kTypeNames[static_cast<std::size_t>(inType)];
@@ -142,7 +143,7 @@ thread_local XMLDocument::Spare XMLDocument::sSpare;
 /// Makes the table of elements, checking the form of each.
 class XMLDocument::Builder {
 public:
-    explicit Builder(Storage& outStorage) : mStorage(outStorage) {}
+    explicit Builder(DocumentTable& outTable) : mTable(outTable) {}
 
     void AddDocument(const pugi::xml_document& inDocument)
     {
@@ -164,7 +165,7 @@ public:
             throw NotTaken{"goes on after its first element"};
         }
         CheckRoot(root);
-        mStorage.groups.emplace_back();
+        mTable.groups.emplace_back();
         AddChildren(root);
     }
 
@@ -209,14 +210,14 @@ private:
         pugi::xml_node node = inRoot.first_child();
         for (;;) {
             if (!node) {
-                const auto end = static_cast<std::uint32_t>(mStorage.values.size());
+                const auto end = static_cast<std::uint32_t>(mTable.values.size());
                 if (depth == 1) {
-                    mStorage.groups.front().end = end;
+                    mTable.groups.front().end = end;
                     return;
                 }
-                StoredValue& closed = mStorage.values[open[--depth]];
+                StoredValue& closed = mTable.values[open[--depth]];
                 closed.next = end;
-                mStorage.groups[closed.group].end = end;
+                mTable.groups[closed.group].end = end;
                 node = parent.next_sibling();
                 parent = parent.parent();
                 continue;
@@ -224,15 +225,15 @@ private:
             if (depth >= kMaxXMLNesting) {
                 throw NotTaken{"nests deeper than " + std::to_string(kMaxXMLNesting) + " elements"};
             }
-            const auto index = static_cast<std::uint32_t>(mStorage.values.size());
-            AddElement(node, depth == 1 ? nullptr : &mStorage.values[open[depth - 1]]);
+            const auto index = static_cast<std::uint32_t>(mTable.values.size());
+            AddElement(node, depth == 1 ? nullptr : &mTable.values[open[depth - 1]]);
             const pugi::xml_node child = node.first_child();
             if (!child) {
                 node = node.next_sibling();
                 continue;
             }
-            if (mStorage.values[index].type != StoredType::kObject &&
-                mStorage.values[index].type != StoredType::kMap) {
+            if (mTable.values[index].type != StoredType::kObject &&
+                mTable.values[index].type != StoredType::kMap) {
                 throw NotTaken{"has contents in the element " + Quoted(node.name()) +
                                " that only has attributes"};
             }
@@ -263,22 +264,24 @@ private:
         if (!attributes.key) {
             throw NotTaken{"has an element " + Quoted(inNode.name()) + " without a key"};
         }
-        StoredGroup& parentGroup = mStorage.groups[inParent ? inParent->group : 0];
-        const auto index = static_cast<std::uint32_t>(mStorage.values.size());
+        StoredGroup& parentGroup = mTable.groups[inParent ? inParent->group : 0];
+        const auto index = static_cast<std::uint32_t>(mTable.values.size());
         if (parentGroup.count++ == 0) {
             parentGroup.first = index;
         }
-        StoredValue value{attributes.key, attributes.value, 0, index + 1, 0, type};
+        StoredValue value{attributes.key, "", 0, 0, index + 1, 0, type};
         SetKey(value);
         if (type == StoredType::kObject || type == StoredType::kMap) {
-            value.value = "";
-            value.group = static_cast<std::uint32_t>(mStorage.groups.size());
+            value.group = static_cast<std::uint32_t>(mTable.groups.size());
             AddGroup(value, attributes);
         } else if (!attributes.value) {
             throw NotTaken{"has the element " + Quoted(inNode.name()) + " " + Quoted(attributes.key) +
                            " without a value"};
+        } else {
+            value.value = attributes.value;
+            value.valueSize = static_cast<std::uint32_t>(std::strlen(attributes.value));
         }
-        mStorage.values.push_back(value);
+        mTable.values.push_back(value);
     }
 
     void AddGroup(const StoredValue& inValue, const Attributes& inAttributes)
@@ -297,7 +300,7 @@ private:
             group.classID = *classID;
             group.className = inAttributes.className ? inAttributes.className : "";
         }
-        mStorage.groups.push_back(group);
+        mTable.groups.push_back(group);
     }
 
     void SetKey(StoredValue& ioValue)
@@ -316,7 +319,7 @@ private:
         ioValue.keySize = static_cast<std::uint32_t>(mKeyUTF8.size());
     }
 
-    Storage& mStorage;
+    DocumentTable& mTable;
     UTF16String mKeyUTF16;
     std::string mKeyUTF8;
 };
@@ -332,8 +335,8 @@ XMLDocument::XMLDocument()
 XMLDocument::~XMLDocument()
 {
     const bool moderate = mStorage.buffer.capacity <= kMaxSpareBytes &&
-                          mStorage.values.capacity() * sizeof(StoredValue) <= kMaxSpareBytes &&
-                          mStorage.groups.capacity() * sizeof(StoredGroup) <= kMaxSpareBytes;
+                          mStorage.table.values.capacity() * sizeof(StoredValue) <= kMaxSpareBytes &&
+                          mStorage.table.groups.capacity() * sizeof(StoredGroup) <= kMaxSpareBytes;
     if (moderate && !Spare::sIsGone) {
         sSpare.storage = std::move(mStorage);
     }
@@ -344,9 +347,9 @@ void XMLDocument::Clear()
     if (mStorage.buffer.capacity > kMaxSpareBytes) {
         mStorage = Storage(); // a reader that met one large file does not stay large
     }
-    mStorage.values.clear();
-    mStorage.groups.clear();
-    mStorage.groups.emplace_back();
+    mStorage.table.values.clear();
+    mStorage.table.groups.clear();
+    mStorage.table.groups.emplace_back();
     mError.clear();
     mModificationTime = kiocore::filesupport::kNoFileTime;
     mFileIsMissing = false;
@@ -378,7 +381,7 @@ bool XMLDocument::OpenFile(const UTF16String& inPath)
             kiocore::file_exception(file.failedStep, kiocore::utility::ToUTF8(inPath), file.errorNumber)
                 .what());
     }
-    if (!Parse(file.size)) {
+    if (!Read(file.size)) {
         return Fail(named(mError));
     }
     mModificationTime = file.modificationTime;
@@ -392,13 +395,12 @@ bool XMLDocument::OpenBytes(std::string_view inBytes)
         return Fail("The document has " + std::to_string(inBytes.size()) + " bytes; at most " +
                     std::to_string(kMaxXMLFileBytes) + " are read");
     }
-    if (!inBytes.empty()) {
-        std::memcpy(mStorage.buffer.Reserve(inBytes.size()), inBytes.data(), inBytes.size());
-    }
-    return Parse(inBytes.size()) || Fail("The document " + mError);
+    char* const buffer = mStorage.buffer.Reserve(inBytes.size());
+    inBytes.copy(buffer, inBytes.size()); // memcpy takes no null, not even for nothing
+    return Read(inBytes.size()) || Fail("The document " + mError);
 }
 
-bool XMLDocument::Parse(std::size_t inSize)
+bool XMLDocument::Read(std::size_t inSize)
 {
     std::string_view bytes(mStorage.buffer.bytes.get(), inSize);
     if (bytes.starts_with("\xEF\xBB\xBF")) {
@@ -413,9 +415,21 @@ bool XMLDocument::Parse(std::size_t inSize)
         mError = "has more than " + std::to_string(kMaxTags) + " tags";
         return false;
     }
+    mStorage.table.groups.clear();
+    if (ReadWrittenForm(bytes, mStorage.table)) {
+        return true;
+    }
+    mStorage.table.values.clear();
+    mStorage.table.groups.clear();
+    return Parse(bytes);
+}
+
+/// By way of the parser, which knows all of XML.
+bool XMLDocument::Parse(std::string_view inBytes)
+{
     // The parser would take any last byte for the end.
-    const std::size_t last = bytes.find_last_not_of(" \t\r\n");
-    if (last != std::string_view::npos && bytes[last] != '>') {
+    const std::size_t last = inBytes.find_last_not_of(" \t\r\n");
+    if (last != std::string_view::npos && inBytes[last] != '>') {
         mError = "is no well-formed XML: it does not end with a tag";
         return false;
     }
@@ -424,15 +438,14 @@ bool XMLDocument::Parse(std::size_t inSize)
                                        pugi::parse_cdata | pugi::parse_fragment;
     pugi::xml_document document;
     const pugi::xml_parse_result result = document.load_buffer_inplace(
-        mStorage.buffer.bytes.get() + (inSize - bytes.size()), bytes.size(), kFlags, pugi::encoding_utf8);
+        const_cast<char*>(inBytes.data()), inBytes.size(), kFlags, pugi::encoding_utf8);
     if (!result) {
         mError = std::string("is no well-formed XML: ") + result.description() + " at offset " +
                  std::to_string(result.offset);
         return false;
     }
     try {
-        mStorage.groups.clear();
-        Builder(mStorage).AddDocument(document);
+        Builder(mStorage.table).AddDocument(document);
     } catch (const NotTaken& notTaken) {
         mError = notTaken.reason;
         return false;

@@ -32,16 +32,19 @@ enum class StoredType : std::uint8_t {
 };
 const char* NameOf(StoredType inType);
 
-/// One element. Keys are decoded (but for an entry's); values stand as in the file.
+/// One element. Texts lie in the document. Keys are decoded (but for an entry's); values stand as in the
+/// file.
 struct StoredValue {
     const char* key;
-    const char* value; ///< zero-terminated; "" for objects and maps
+    const char* value; ///< not terminated; empty for objects and maps
     std::uint32_t keySize;
+    std::uint32_t valueSize;
     std::uint32_t next;  ///< index of the next element on this level
     std::uint32_t group; ///< of an object or a map: index of its StoredGroup
     StoredType type;
 
     std::string_view Key() const { return {key, keySize}; }
+    std::string_view Value() const { return {value, valueSize}; }
 };
 
 /// What an object or a map holds.
@@ -51,8 +54,17 @@ struct StoredGroup {
     std::uint32_t count = 0; ///< of its own elements, without what those hold
     std::uint32_t version = 0;
     Guid classID;
-    const char* className = "";
+    std::string_view className;
 };
+
+/// The elements of a document in stored order; the texts in it lie in the document's bytes.
+struct DocumentTable {
+    std::vector<StoredValue> values;
+    std::vector<StoredGroup> groups; ///< the first is the root
+};
+
+/// @return false when the text is no number.
+bool ParseVersion(std::string_view inText, std::uint32_t& outVersion);
 
 /// A document in memory: its bytes, and one flat table of its elements in stored order.
 ///
@@ -73,9 +85,12 @@ public:
     bool FileIsMissing() const { return mFileIsMissing; }
     kiocore::filesupport::FileTime ModificationTime() const { return mModificationTime; }
 
-    const StoredValue& At(std::uint32_t inIndex) const { return mStorage.values[inIndex]; }
-    const StoredGroup& Root() const { return mStorage.groups.front(); }
-    const StoredGroup& GroupOf(const StoredValue& inValue) const { return mStorage.groups[inValue.group]; }
+    const StoredValue& At(std::uint32_t inIndex) const { return mStorage.table.values[inIndex]; }
+    const StoredGroup& Root() const { return mStorage.table.groups.front(); }
+    const StoredGroup& GroupOf(const StoredValue& inValue) const
+    {
+        return mStorage.table.groups[inValue.group];
+    }
     /// The first element of the group with the key, or null.
     const StoredValue* Find(const StoredGroup& inGroup, std::string_view inKey) const;
 
@@ -84,15 +99,15 @@ private:
     /// All memory of a document. A thread keeps one of moderate size for the next reader.
     struct Storage {
         ByteBuffer buffer;
-        std::vector<StoredValue> values;
-        std::vector<StoredGroup> groups;
+        DocumentTable table;
     };
     struct Spare;
     static thread_local Spare sSpare;
 
     void Clear();
     bool Fail(std::string inError);
-    bool Parse(std::size_t inSize);
+    bool Read(std::size_t inSize);
+    bool Parse(std::string_view inBytes);
 
     Storage mStorage;
     std::string mError;

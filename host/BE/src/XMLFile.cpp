@@ -98,12 +98,13 @@ private:
             at = value.next;
             if (value.type == StoredType::kObject) {
                 const StoredGroup& object = mDocument.GroupOf(value);
-                text = kiocore::utility::ToUTF16(std::string(object.className) + " version ");
+                kiocore::utility::ToUTF16(object.className, text);
+                text += u" version ";
                 kiocore::utility::AppendDecimal(text, object.version);
             } else if (value.type == StoredType::kMap) {
                 text = kiocore::utility::DecimalText(mDocument.GroupOf(value).count);
-            } else if (DecodeText(value.value, text)) {
-                kiocore::utility::ToUTF16(value.value, text); // damaged: shown as it stands
+            } else if (DecodeText(value.Value(), text)) {
+                kiocore::utility::ToUTF16(value.Value(), text); // damaged: shown as it stands
             }
             inVisit(NameOf(value.type), value.Key(), text);
             if (value.type == StoredType::kMap) {

@@ -65,6 +65,7 @@ FileBytes ReadFileBytes(kiocore::UTF16View inPath, std::size_t inMaxBytes, ByteB
             got += static_cast<std::size_t>(more);
         } else if (more == 0) {
             result.size = got; // it shrank meanwhile; the parser judges what is left
+            std::memset(bytes + got, 0, kSlackBytes);
         } else if (errno != EINTR) {
             return fail("read", errno);
         }

@@ -8,8 +8,8 @@
 
 namespace BE {
 
-/// Readable zero bytes behind what a buffer holds, so that short names can be compared in one load.
-inline constexpr std::size_t kSlackBytes = 16;
+/// Readable zero bytes behind what a buffer holds, so that short names can be compared in a load or two.
+inline constexpr std::size_t kSlackBytes = 32;
 
 /// Memory that files are read into, kept for the next file. Not initialised.
 struct ByteBuffer {
