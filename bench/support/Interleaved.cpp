@@ -59,20 +59,33 @@ void PrintHeader(const char* inTitle)
     std::fflush(stdout);
 }
 
+namespace {
+
+std::string GoalText(double inRatio, double inGoal)
+{
+    if (inGoal == 0) {
+        return "       -";
+    }
+    char text[64];
+    std::snprintf(text, sizeof(text), "%8.2f %s", inGoal, inRatio <= inGoal ? "met" : "NOT MET");
+    return text;
+}
+
+} // namespace
+
 void PrintRow(const std::string& inWhat, const Comparison& inMeasured, double inGoal, const char* inUnit)
 {
     const double unit = std::strcmp(inUnit, "ms") == 0 ? 1e6 : 1e3;
-    std::printf("%-58s %9.3f %s %9.3f %s %8.3f %8.2f %s\n", inWhat.c_str(), inMeasured.floor / unit, inUnit,
-                inMeasured.ours / unit, inUnit, inMeasured.ratio, inGoal,
-                inMeasured.ratio <= inGoal ? "met" : "NOT MET");
+    std::printf("%-58s %9.3f %s %9.3f %s %8.3f %s\n", inWhat.c_str(), inMeasured.floor / unit, inUnit,
+                inMeasured.ours / unit, inUnit, inMeasured.ratio, GoalText(inMeasured.ratio, inGoal).c_str());
     std::fflush(stdout);
 }
 
 void PrintNumbers(const std::string& inWhat, double inFloor, double inOurs, const char* inUnit, double inGoal)
 {
     const double ratio = inOurs / inFloor;
-    std::printf("%-58s %9.0f %s %9.0f %s %8.3f %8.2f %s\n", inWhat.c_str(), inFloor, inUnit, inOurs, inUnit,
-                ratio, inGoal, ratio <= inGoal ? "met" : "NOT MET");
+    std::printf("%-58s %9.0f %s %9.0f %s %8.3f %s\n", inWhat.c_str(), inFloor, inUnit, inOurs, inUnit, ratio,
+                GoalText(ratio, inGoal).c_str());
     std::fflush(stdout);
 }
 

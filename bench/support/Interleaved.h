@@ -29,7 +29,7 @@ double Now(clockid_t inClock);
 /// Runs inWork and returns what the clock says it took.
 double Timed(clockid_t inClock, const std::function<void()>& inWork);
 
-/// A table row: what, the floor, ours, the ratio, the goal, and whether it is met.
+/// A table row: what, the floor, ours, the ratio, the goal (0: none), and whether it is met.
 void PrintHeader(const char* inTitle);
 void PrintRow(const std::string& inWhat, const Comparison& inMeasured, double inGoal,
               const char* inUnit = "us");
