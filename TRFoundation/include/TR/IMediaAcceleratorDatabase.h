@@ -28,8 +28,8 @@ public:
     /// them.
     /// @return 0 recorded; negative when the record could not be saved: the one on disk is as it was.
     virtual int Add(const Guid& inDocumentID, const Guid& inContentState, const UTF16String& inOriginalPath,
-                    const UTF16String& inStreamID, const UTF16String& inKey, const UTF16String& inCacheFilePath,
-                    bool inCanBeCopied) = 0;
+                    const UTF16String& inStreamID, const UTF16String& inKey,
+                    const UTF16String& inCacheFilePath, bool inCanBeCopied) = 0;
     virtual int Add(const Guid& inDocumentID, const Guid& inContentState, const UTF16String& inOriginalPath,
                     unsigned long inStreamID, const UTF16String& inKey, const UTF16String& inCacheFilePath,
                     bool inCanBeCopied) = 0;
@@ -44,13 +44,15 @@ public:
 
     /// The same, but -1 for a cache file that was made for another content state or was invalidated (its
     /// access time has been touched all the same).
-    virtual int FindUpToDate(const Guid& inDocumentID, const Guid& inContentState, const UTF16String& inStreamID,
-                             const UTF16String& inKey, UTF16String& outPath) = 0;
+    virtual int FindUpToDate(const Guid& inDocumentID, const Guid& inContentState,
+                             const UTF16String& inStreamID, const UTF16String& inKey,
+                             UTF16String& outPath) = 0;
     virtual int FindUpToDate(const Guid& inDocumentID, const Guid& inContentState, unsigned long inStreamID,
                              const UTF16String& inKey, UTF16String& outPath) = 0;
 
     /// Marks a document's record as not up to date if it has the stream.
-    virtual void Invalidate(const Guid& inDocumentID, const Guid& inContentState, unsigned long inStreamID) = 0;
+    virtual void Invalidate(const Guid& inDocumentID, const Guid& inContentState,
+                            unsigned long inStreamID) = 0;
 
     /// Lets cache files follow copied media: each that may be copied, and for whose key a handler is
     /// registered, is copied into the folder inDestination and recorded under the GUIDs that its handler

@@ -43,8 +43,8 @@ KIO_EXPORT void
 RegisterGetDocumentIDAndContentStateFromPathFunction(GetDocumentIDAndContentStateFromPathFunction inFunction);
 
 /// Asks the registered function. @return its result; -1, the out-parameters untouched, when there is none.
-KIO_EXPORT int GetDocumentIDAndContentStateFromPath(const UTF16String& inPath, bool inFlag, Guid& outDocumentID,
-                                                    Guid& outContentState);
+KIO_EXPORT int GetDocumentIDAndContentStateFromPath(const UTF16String& inPath, bool inFlag,
+                                                    Guid& outDocumentID, Guid& outContentState);
 
 } // namespace TRFoundation
 } // namespace TR

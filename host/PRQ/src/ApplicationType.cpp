@@ -17,6 +17,9 @@ int GetApplicationType()
     return sApplicationType.load(std::memory_order_relaxed);
 }
 
-void SetApplicationType(int inType) { sApplicationType.store(inType, std::memory_order_relaxed); }
+void SetApplicationType(int inType)
+{
+    sApplicationType.store(inType, std::memory_order_relaxed);
+}
 
 } // namespace PRQ

@@ -21,7 +21,8 @@ public:
 };
 
 /// Bool, default false: cache files lie beside the media they belong to where that folder can be written.
-extern KIO_EXPORT const ImmutableString kPrefsMediaCacheFilesSideBySide; // "BE.Prefs.MediaCacheFilesSideBySide"
+extern KIO_EXPORT const ImmutableString
+    kPrefsMediaCacheFilesSideBySide; // "BE.Prefs.MediaCacheFilesSideBySide"
 
 /// Folders and policies of the media cache. Each folder getter stores the path (with or without a trailing
 /// separator) and returns 0, or returns a negative number and leaves outFolder when there is none.

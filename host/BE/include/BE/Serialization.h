@@ -33,7 +33,8 @@ public:
 /// A value is stored under the key, but of another type than was asked for.
 class KIO_EXPORT exSerializeableTypeMismatch : public kiocore::kio_exception {
 public:
-    exSerializeableTypeMismatch(const std::string& inKey, const std::string& inFound, const std::string& inExpected);
+    exSerializeableTypeMismatch(const std::string& inKey, const std::string& inFound,
+                                const std::string& inExpected);
     ~exSerializeableTypeMismatch() override;
 };
 
@@ -58,13 +59,34 @@ KIO_EXPORT const char* NameOf(ValueType inType);
 
 template <typename T>
 struct ValueTypeOf;
-template <> struct ValueTypeOf<bool> { static constexpr ValueType kType = ValueType::kBool; };
-template <> struct ValueTypeOf<std::int32_t> { static constexpr ValueType kType = ValueType::kInt32; };
-template <> struct ValueTypeOf<std::uint32_t> { static constexpr ValueType kType = ValueType::kUInt32; };
-template <> struct ValueTypeOf<std::int64_t> { static constexpr ValueType kType = ValueType::kInt64; };
-template <> struct ValueTypeOf<std::uint64_t> { static constexpr ValueType kType = ValueType::kUInt64; };
-template <> struct ValueTypeOf<double> { static constexpr ValueType kType = ValueType::kDouble; };
-template <> struct ValueTypeOf<Guid> { static constexpr ValueType kType = ValueType::kGuid; };
+template <>
+struct ValueTypeOf<bool> {
+    static constexpr ValueType kType = ValueType::kBool;
+};
+template <>
+struct ValueTypeOf<std::int32_t> {
+    static constexpr ValueType kType = ValueType::kInt32;
+};
+template <>
+struct ValueTypeOf<std::uint32_t> {
+    static constexpr ValueType kType = ValueType::kUInt32;
+};
+template <>
+struct ValueTypeOf<std::int64_t> {
+    static constexpr ValueType kType = ValueType::kInt64;
+};
+template <>
+struct ValueTypeOf<std::uint64_t> {
+    static constexpr ValueType kType = ValueType::kUInt64;
+};
+template <>
+struct ValueTypeOf<double> {
+    static constexpr ValueType kType = ValueType::kDouble;
+};
+template <>
+struct ValueTypeOf<Guid> {
+    static constexpr ValueType kType = ValueType::kGuid;
+};
 
 /// A scalar with its type, so that one reader operation serves all of them.
 class KIO_EXPORT ISerializeableValue {
@@ -130,8 +152,9 @@ public:
     /// Gives each pair of a map of texts to inInsert, in stored order.
     /// @param inInsert  false = the key is there already: throws exMapInsertionFailure.
     /// @return whether the key was there.
-    virtual bool ReadValueMap(const ImmutableString& inKey,
-                              const std::function<bool(const UTF16String& inMapKey, const UTF16String& inValue)>& inInsert) = 0;
+    virtual bool ReadValueMap(
+        const ImmutableString& inKey,
+        const std::function<bool(const UTF16String& inMapKey, const UTF16String& inValue)>& inInsert) = 0;
     /// How many values (objects and maps count as one) this object holds: no count in it can be larger.
     virtual std::size_t GetValueCount() const = 0;
 };

@@ -36,12 +36,14 @@ public:
     virtual kiocore::filesupport::FileTime GetModificationTime() const = 0;
     /// The document's values: its objects by key. Valid until the next Open, and while this lives.
     virtual DataReader& GetDataReader() = 0;
-    /// Calls inVisit(type, key, value text) for every value of the object under inKey in stored order, whatever
-    /// it holds: a text decoded, all else, and what is damaged, as it stands. An object within it is one
-    /// value (its class name and version); a map gives its size, then its pairs as values of type "Entry".
+    /// Calls inVisit(type, key, value text) for every value of the object under inKey in stored order,
+    /// whatever it holds: a text decoded, all else, and what is damaged, as it stands. An object within it is
+    /// one value (its class name and version); a map gives its size, then its pairs as values of type
+    /// "Entry".
     /// @return false when the document has no such object.
-    virtual bool VisitStored(const ImmutableString& inKey,
-                             const std::function<void(std::string_view, std::string_view, const UTF16String&)>& inVisit) = 0;
+    virtual bool VisitStored(
+        const ImmutableString& inKey,
+        const std::function<void(std::string_view, std::string_view, const UTF16String&)>& inVisit) = 0;
 };
 
 /// Builds one document and saves it.

@@ -17,8 +17,7 @@ public:
     BinaryData() = default;
     BinaryData(const void* inBytes, std::size_t inSize)
         : mBytes(static_cast<const std::byte*>(inBytes), static_cast<const std::byte*>(inBytes) + inSize)
-    {
-    }
+    {}
 
     const std::byte* GetData() const { return mBytes.data(); }
     std::byte* GetData() { return mBytes.data(); }

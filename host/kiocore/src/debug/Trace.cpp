@@ -78,7 +78,10 @@ bool TraceEnabled(std::string_view inChannel, int inLevel)
     return found != channels.levels.end() && inLevel <= found->second;
 }
 
-std::uint32_t TraceChangeCount() { return sChangeCount.load(std::memory_order_relaxed); }
+std::uint32_t TraceChangeCount()
+{
+    return sChangeCount.load(std::memory_order_relaxed);
+}
 
 void Trace(int inLevel, std::string_view inChannel, std::string_view inTextUTF8)
 {
@@ -108,7 +111,9 @@ void SetTraceSink(TraceSink inSink)
     channels.sink = std::move(inSink);
 }
 
-TraceArgument::TraceArgument(utility::UTF16View inText) : TraceArgument(std::string_view(utility::ToUTF8(inText))) {}
+TraceArgument::TraceArgument(utility::UTF16View inText)
+    : TraceArgument(std::string_view(utility::ToUTF8(inText)))
+{}
 
 TraceArgument::TraceArgument(std::string_view inText)
 {

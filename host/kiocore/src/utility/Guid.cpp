@@ -117,7 +117,13 @@ std::string Guid::AsUTF8() const
     return text;
 }
 
-void Guid::WriteText(char16_t* outText) const { Write(mBytes, outText); }
-void Guid::WriteText(char* outText) const { Write(mBytes, outText); }
+void Guid::WriteText(char16_t* outText) const
+{
+    Write(mBytes, outText);
+}
+void Guid::WriteText(char* outText) const
+{
+    Write(mBytes, outText);
+}
 
 } // namespace kiocore::utility

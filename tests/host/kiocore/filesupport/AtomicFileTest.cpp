@@ -280,7 +280,8 @@ TEST(AtomicFile, NamesTheStepThatFailed)
     for (const auto& test : kCases) {
         TemporaryFolder folder;
         WriteFile(folder / "record", kOldBytes);
-        ASSERT_EQ(::chmod((folder / "record").c_str(), 04666), 0); // no new file is given such a mode by itself
+        ASSERT_EQ(::chmod((folder / "record").c_str(), 04666),
+                  0); // no new file is given such a mode by itself
         FaultyFileCalls calls;
         calls.FailCalls(test.call, EIO);
         const SaveResult saved = SaveFileAtomically(folder.UTF16("record"), kNewBytes, Durability::kFull);

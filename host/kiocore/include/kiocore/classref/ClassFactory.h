@@ -20,8 +20,8 @@ public:
 
     /// Registers a class. Registering one again is no error; the newest registration counts.
     /// @param inClassIDName, inClassName  must outlive the process's use of the class (literals).
-    static void RegisterClass(const utility::Guid& inClassID, const char* inClassIDName, const char* inClassName,
-                              FactoryFunction inFactory);
+    static void RegisterClass(const utility::Guid& inClassID, const char* inClassIDName,
+                              const char* inClassName, FactoryFunction inFactory);
 
     /// @throws kio_exception (kError_ClassNotRegistered) naming the identifier when it is unknown.
     static InterfaceRef<UnknownBase> CreateClassInstanceRef(const utility::Guid& inClassID);

@@ -26,8 +26,7 @@ public:
     InterfaceRef(std::nullptr_t) noexcept {}
     InterfaceRef(T* inInterface, std::shared_ptr<UnknownBase> inIdentity) noexcept
         : mInterface(inInterface), mIdentity(std::move(inIdentity))
-    {
-    }
+    {}
     /// From a derived interface by conversion; from an unrelated one by asking the object, which
     /// leaves this empty when the object does not have the interface.
     template <typename U>
@@ -82,7 +81,8 @@ InterfaceRef<C> MakeObject(Arguments&&... inArguments)
 {
     std::shared_ptr<C> object;
     try {
-        object = std::allocate_shared<C>(utility::RecyclerAllocator<C>(), std::forward<Arguments>(inArguments)...);
+        object =
+            std::allocate_shared<C>(utility::RecyclerAllocator<C>(), std::forward<Arguments>(inArguments)...);
     } catch (const std::bad_alloc&) {
         return {};
     }

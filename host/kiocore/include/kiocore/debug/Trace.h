@@ -71,9 +71,9 @@ KIO_EXPORT void TraceHostCall(const char* inName, std::initializer_list<TraceArg
 
 /// Every operation that the library calls stands at the top of its implementation with its name and
 /// arguments, so that a person, or a test, can see the calls in order. One relaxed load when off.
-#define KIO_HOST_CALL(name, ...)                                                                                       \
-    do {                                                                                                               \
-        if (::kiocore::debug::gHostTraceOn.load(std::memory_order_relaxed)) [[unlikely]] {                             \
-            ::kiocore::debug::TraceHostCall(name, {__VA_ARGS__});                                                      \
-        }                                                                                                              \
+#define KIO_HOST_CALL(name, ...)                                                                             \
+    do {                                                                                                     \
+        if (::kiocore::debug::gHostTraceOn.load(std::memory_order_relaxed)) [[unlikely]] {                   \
+            ::kiocore::debug::TraceHostCall(name, {__VA_ARGS__});                                            \
+        }                                                                                                    \
     } while (false)

@@ -16,8 +16,9 @@ inline constexpr std::uint64_t kSecondsFrom1601To1970 = (369ull * 365 + 89) * 86
 
 constexpr FileTime ToFileTime(const timespec& inTime)
 {
-    const FileTime time = (static_cast<std::uint64_t>(inTime.tv_sec) + kSecondsFrom1601To1970) * kNanosecondsPerSecond +
-                          static_cast<std::uint64_t>(inTime.tv_nsec);
+    const FileTime time =
+        (static_cast<std::uint64_t>(inTime.tv_sec) + kSecondsFrom1601To1970) * kNanosecondsPerSecond +
+        static_cast<std::uint64_t>(inTime.tv_nsec);
     return time == kNoFileTime ? 1 : time;
 }
 

@@ -74,6 +74,7 @@ struct std::hash<kiocore::utility::Guid> {
         // Both halves: hand-written identifiers often differ in one of them only.
         std::uint64_t halves[2];
         std::memcpy(halves, inGuid.AsBytes().data(), 16);
-        return static_cast<std::size_t>((halves[0] ^ (halves[1] * 0x9E3779B97F4A7C15ull)) * 0xD6E8FEB86659FD93ull);
+        return static_cast<std::size_t>((halves[0] ^ (halves[1] * 0x9E3779B97F4A7C15ull)) *
+                                        0xD6E8FEB86659FD93ull);
     }
 };

@@ -22,8 +22,7 @@ struct RecyclerAllocator {
     RecyclerAllocator() = default;
     template <typename U>
     RecyclerAllocator(const RecyclerAllocator<U>&)
-    {
-    }
+    {}
     T* allocate(std::size_t inCount) { return static_cast<T*>(RecyclerAllocate(inCount * sizeof(T))); }
     void deallocate(T* inBlock, std::size_t inCount) noexcept { RecyclerFree(inBlock, inCount * sizeof(T)); }
 
