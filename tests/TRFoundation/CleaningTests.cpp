@@ -10,6 +10,7 @@
 #include <MF/FileManager.h>
 #include <ZOL/BatchOperation.h>
 #include <ZOL/DirectoryRegistry.h>
+#include <kiocore/config/Errors.h>
 #include <kiocore/messaging/Messaging.h>
 #include <kiocore/threads/MainThread.h>
 
@@ -201,6 +202,14 @@ TEST_F(BatchOperation, ADamagedRecordEndsTheRunWithoutCompletion)
     EXPECT_THROW(mExecutor->RunAll(), BE::exSerializeableTypeMismatch); // a real executor reports it
     EXPECT_EQ(trace.CountContaining("kiocore::messaging::PostMessageToUIThread"), 0);
     EXPECT_EQ(Cleaning()->Abort(), 1); // finished all the same
+}
+
+TEST_F(BatchOperation, ARunThatCannotKeepItsObjectDoesNotBegin)
+{
+    TR::MediaAcceleratorDatabase onTheStack;
+    EXPECT_THROW(onTheStack.Start(), kiocore::null_reference_exception);
+    EXPECT_EQ(mExecutor->HeldCount(), 0u);
+    EXPECT_EQ(onTheStack.Abort(), 1); // nothing runs: returns at once
 }
 
 TEST_F(BatchOperation, DescriptionsComeFromTheLocaliser)

@@ -84,7 +84,10 @@ void MediaAcceleratorDatabase::Clean()
 
 int MediaAcceleratorDatabase::Start()
 {
-    return mRun->Start([self = RefToSelf(*this)] { self->Process(); });
+    const auto self = RefToSelf(*this);
+    // Asked for here and not on the executor: a run that cannot begin must not look like one that never ends.
+    MediaAcceleratorDatabase& operation = *self;
+    return mRun->Start([self, &operation] { operation.Process(); });
 }
 
 void MediaAcceleratorDatabase::Process()

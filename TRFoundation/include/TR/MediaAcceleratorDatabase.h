@@ -49,6 +49,8 @@ public:
               const UTF16String& inDestination) override;
     void Clean() override;
 
+    /// @throws null_reference_exception for an instance that was not made by the class factory or MakeObject:
+    ///     the run must be able to keep its object alive.
     int Start() override;
     int Abort() override;
     ZOL::StationID GetStationID() const override;
