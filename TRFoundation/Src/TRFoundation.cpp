@@ -2,7 +2,9 @@
 
 #include <TR/MediaAcceleratorDatabase.h>
 #include <TR/MediaAcceleratorDatabaseEntry.h>
+#include <TR/PreemptionManager.h>
 #include <TR/SharedThreads.h>
+#include <TR/StaticImageFactory.h>
 
 #include <BE/Backend.h>
 #include <kiocore/classref/ClassFactory.h>
@@ -74,12 +76,15 @@ void StartEverything()
     }
     MediaAcceleratorDatabase::Startup();
     StartSharedThreadQueues();
+    StaticImageFactory::InitializeDefault();
 }
 
 void StopEverything()
 {
+    StaticImageFactory::TerminateDefault();
     StopSharedThreadQueues();
     MediaAcceleratorDatabase::Shutdown();
+    CreatePreemptionManager()->Shutdown();
     if (const auto mainThread = kiocore::threads::GetRegisteredMainThread()) {
         mainThread->WaitForPostedWork(std::chrono::steady_clock::now() + kMainThreadLimit);
     }

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <MF/VideoFrame.h>
 #include <kiocore/Export.h>
+#include <kiomediatypes/TickTime.h>
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
-/// What trhost sees of its media module, which is loaded only when a cache file must be made.
+/// What trhost sees of its media module, which is loaded only when media must be decoded.
 /// No media library shows here: trhost is started often, and mostly finds everything up to date.
 namespace trhost::media {
 
@@ -110,6 +112,42 @@ public:
                                   const ICancel& inCancel) = 0;
 };
 
+/// Decodes the pictures of one video stream.
+///
+/// Threading: one thread at a time. Different readers are independent of each other.
+class IVideoReader {
+public:
+    virtual ~IVideoReader() = default;
+
+    virtual const StreamInfo& Stream() const = 0;
+    /// The picture on show at a time from the start of the file: the last one that starts at or before it.
+    /// Before the first picture it is the first, from the end on the last. Asking for later times one after
+    /// the other decodes every picture once.
+    /// @return a frame of the stream's own size, pixel aspect ratio and colour space, in the format that
+    ///     keeps most of it: yuv420 and uyvy for 8-bit 4:2:0 and 4:2:2, v210 for 10-bit 4:2:2, RGB formats as
+    ///     they are; others are converted to one of at least their depth. Never empty; not shared yet.
+    /// @throws kio_exception: kError_Cancelled; kMediaError_NothingDecoded when there is no picture at all.
+    /// @throws file_exception when reading failed.
+    virtual MF::IVideoFrameRef FrameAt(kiomediatypes::TickTime inTime, const ICancel& inCancel) = 0;
+};
+
+/// Decodes the sound of one audio stream at its own rate and channels, gaps filled with silence.
+///
+/// Threading: one thread at a time. Different readers are independent of each other.
+class IAudioReader {
+public:
+    virtual ~IAudioReader() = default;
+
+    virtual const StreamInfo& Stream() const = 0;
+    /// Continues at a sample frame from the start of the file; at the end for one beyond it.
+    virtual void SeekTo(std::int64_t inSampleFrame, const ICancel& inCancel) = 0;
+    /// The next sample frames, interleaved, 1 = full scale.
+    /// @param outSamples  room for inMostFrames * channels values.
+    /// @return how many frames came; 0 at the end.
+    /// @throws kio_exception (kError_Cancelled), file_exception.
+    virtual int Read(float* outSamples, int inMostFrames, const ICancel& inCancel) = 0;
+};
+
 /// Threading: any thread.
 class IMediaModule {
 public:
@@ -122,12 +160,20 @@ public:
     /// @throws kio_exception: kMediaError_NotMedia, kError_Cancelled; file_exception when it cannot be read.
     virtual std::unique_ptr<IMediaFile> Open(const std::string& inNativePath, const ICancel& inCancel) = 0;
 
+    /// Opens a file to see its pictures, or hear its sound.
+    /// @param inStreamIndex  -1 takes the first stream of the kind.
+    /// @throws as Open; kMediaError_NotMedia also when there is no such stream, or no decoder for it.
+    virtual std::unique_ptr<IVideoReader> OpenVideo(const std::string& inNativePath, int inStreamIndex,
+                                                    const ICancel& inCancel) = 0;
+    virtual std::unique_ptr<IAudioReader> OpenAudio(const std::string& inNativePath, int inStreamIndex,
+                                                    const ICancel& inCancel) = 0;
+
     /// The media libraries at work, for "--version": "libavformat 59.27.100, libavcodec ...".
     virtual std::string LibraryVersions() const = 0;
 };
 
 /// Changes whenever anything in this header does, so that a module of another build is noticed.
-inline constexpr int kMediaModuleVersion = 1;
+inline constexpr int kMediaModuleVersion = 2;
 
 /// File name of the module, below "<library folder>/trhost/", and its one function.
 inline constexpr const char* kMediaModuleFileName = "trhost_media.so";

@@ -1,7 +1,9 @@
 #include "../MediaModule.h"
 
+#include "AudioReader.h"
 #include "FFmpegSupport.h"
 #include "MediaFile.h"
+#include "VideoReader.h"
 
 namespace trhost::media {
 namespace {
@@ -19,6 +21,17 @@ public:
     std::unique_ptr<IMediaFile> Open(const std::string& inNativePath, const ICancel& inCancel) override
     {
         return std::make_unique<MediaFile>(inNativePath, inCancel);
+    }
+
+    std::unique_ptr<IVideoReader> OpenVideo(const std::string& inNativePath, int inStreamIndex,
+                                            const ICancel& inCancel) override
+    {
+        return OpenVideoReader(inNativePath, inStreamIndex, inCancel);
+    }
+    std::unique_ptr<IAudioReader> OpenAudio(const std::string& inNativePath, int inStreamIndex,
+                                            const ICancel& inCancel) override
+    {
+        return OpenAudioReader(inNativePath, inStreamIndex, inCancel);
     }
 
     std::string LibraryVersions() const override

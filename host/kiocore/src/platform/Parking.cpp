@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <limits>
 #else
 #include <condition_variable>
 #include <mutex>
@@ -33,6 +34,11 @@ void Park(std::atomic<std::uint32_t>& ioWord, std::uint32_t inExpected,
 void UnparkOne(std::atomic<std::uint32_t>& ioWord) noexcept
 {
     syscall(SYS_futex, &ioWord, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+void UnparkAll(std::atomic<std::uint32_t>& ioWord) noexcept
+{
+    syscall(SYS_futex, &ioWord, FUTEX_WAKE_PRIVATE, std::numeric_limits<int>::max(), nullptr, nullptr, 0);
 }
 
 #else
@@ -71,6 +77,11 @@ void UnparkOne(std::atomic<std::uint32_t>& ioWord) noexcept
         std::lock_guard lock(place.lock);
     }
     place.changed.notify_all();
+}
+
+void UnparkAll(std::atomic<std::uint32_t>& ioWord) noexcept
+{
+    UnparkOne(ioWord); // wakes the whole place anyway
 }
 
 #endif

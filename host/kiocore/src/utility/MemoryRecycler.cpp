@@ -14,4 +14,18 @@ void RecyclerFree(void* inBlock, std::size_t) noexcept
     ::operator delete(inBlock);
 }
 
+SharedRecycledMemory MakeSharedRecycledMemory(std::size_t inBytes)
+{
+    if (inBytes == 0) {
+        return {};
+    }
+    auto* const bytes = static_cast<std::byte*>(::operator new(inBytes, std::nothrow));
+    if (!bytes) {
+        return {};
+    }
+    return {std::shared_ptr<std::byte[]>(
+                bytes, [](std::byte* inBytes) { ::operator delete(inBytes); }, RecyclerAllocator<std::byte>()),
+            inBytes};
+}
+
 } // namespace kiocore::utility

@@ -26,6 +26,7 @@ enum ErrorCode : std::uint32_t {
     kError_TypeMismatch = 0x8001000C,
     kError_MapInsertion = 0x8001000D,
     kError_BrokenPromise = 0x8001000E,
+    kError_InputContract = 0x8001000F,
     kError_ExecutorTerminated = 0xF3610003,
 };
 

@@ -3,6 +3,7 @@
 #include <kiocore/Export.h>
 
 #include <cstddef>
+#include <memory>
 
 namespace kiocore::utility {
 
@@ -33,4 +34,24 @@ struct RecyclerAllocator {
     }
 };
 
+/// A run of bytes that several share; let go with the last of them.
+///
+/// Threading: handles like std::shared_ptr; the bytes belong to whoever fills them until they are shared.
+struct SharedRecycledMemory {
+    std::shared_ptr<std::byte[]> bytes;
+    std::size_t size = 0;
+
+    explicit operator bool() const { return bytes != nullptr; }
+};
+/// @return an empty handle when inBytes is 0 or memory could not be had.
+KIO_EXPORT SharedRecycledMemory MakeSharedRecycledMemory(std::size_t inBytes);
+
 } // namespace kiocore::utility
+
+namespace kiocore::allocator {
+
+/// The same under the name that goes with the standard library.
+template <typename T>
+using STLAllocator = utility::RecyclerAllocator<T>;
+
+} // namespace kiocore::allocator

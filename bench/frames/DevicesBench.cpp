@@ -1,0 +1,8 @@
+#include "FramesBench.h"
+
+namespace bench {
+
+void BenchDevices()
+{}
+
+} // namespace bench
