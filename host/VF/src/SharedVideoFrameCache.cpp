@@ -136,37 +136,40 @@ public:
     void Add(const Guid& inKey, const MF::IVideoFrameRef& inFrame, int inRetention)
     {
         const std::uint64_t bytes = inFrame->GetSizeBytes();
+        std::vector<Entry> gone; // let go after the lock
         const std::lock_guard lock(mChangeLock);
-        Drop(ShardOf(inKey).Remove(inKey));
+        Take(ShardOf(inKey).Remove(inKey), gone);
         if (bytes <= mBudget) {
             const std::uint64_t now = 2 * mAdditions.fetch_add(1, std::memory_order_relaxed) + 2;
             ShardOf(inKey).Insert({inKey, inFrame, bytes, now}, inRetention);
             mBytes += bytes;
-            Shrink();
+            Shrink(gone);
         }
     }
 
     void Remove(const Guid& inKey)
     {
+        std::vector<Entry> gone;
         const std::lock_guard lock(mChangeLock);
-        Drop(ShardOf(inKey).Remove(inKey));
+        Take(ShardOf(inKey).Remove(inKey), gone);
     }
 
     void Clear()
     {
+        std::vector<Entry> gone;
         const std::lock_guard lock(mChangeLock);
         for (Shard& shard : mShards) {
-            while (std::optional<Entry> entry = shard.RemoveLowest()) {
-                Drop(std::move(entry));
+            while (Take(shard.RemoveLowest(), gone)) {
             }
         }
     }
 
     void SetBudget(std::uint64_t inBytes)
     {
+        std::vector<Entry> gone;
         const std::lock_guard lock(mChangeLock);
         mBudget = inBytes;
-        Shrink();
+        Shrink(gone);
     }
 
     SharedVideoFrameCache::Statistics GetStatistics()
@@ -182,14 +185,17 @@ public:
 private:
     Shard& ShardOf(const Guid& inKey) { return mShards[inKey.AsBytes()[15] % kShards]; }
 
-    void Drop(std::optional<Entry> inEntry)
+    bool Take(std::optional<Entry> inEntry, std::vector<Entry>& ioGone)
     {
-        if (inEntry) {
-            mBytes -= inEntry->bytes;
+        if (!inEntry) {
+            return false;
         }
+        mBytes -= inEntry->bytes;
+        ioGone.push_back(std::move(*inEntry));
+        return true;
     }
 
-    void Shrink()
+    void Shrink(std::vector<Entry>& ioGone)
     {
         while (mBytes > mBudget) {
             Shard* poorest = nullptr;
@@ -201,10 +207,9 @@ private:
                     poorest = &shard;
                 }
             }
-            if (!poorest) {
+            if (!poorest || !Take(poorest->RemoveLowest(), ioGone)) {
                 return;
             }
-            Drop(poorest->RemoveLowest());
         }
     }
 
