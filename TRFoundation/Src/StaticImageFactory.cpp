@@ -110,8 +110,8 @@ IVideoFrameRef StaticImageFactory::LoadImage(int inImage, unsigned int inWidth, 
                                              PixelFormat inFormat, PixelAspectRatio inPixelAspectRatio,
                                              RenderQuality inQuality, bool inCreateBlankIfMissing)
 {
-    if (IVideoFrameRef finished = SharedVideoFrameCache::RetrieveFromCache(MakeImageCacheKey(
-            inImage, inWidth, inHeight, inFormat, inPixelAspectRatio, inQuality))) {
+    if (IVideoFrameRef finished = SharedVideoFrameCache::RetrieveFromCache(
+            MakeImageCacheKey(inImage, inWidth, inHeight, inFormat, inPixelAspectRatio, inQuality))) {
         return finished;
     }
     // For kSizeDependent too, whose natural images stand under their sizes: they are never found here, so its
@@ -135,8 +135,7 @@ IVideoFrameRef StaticImageFactory::LoadImage(int inImage, unsigned int inWidth, 
     if (HasForm(natural, inWidth, inHeight, inFormat, inPixelAspectRatio)) {
         return natural;
     }
-    IVideoFrameRef result =
-        MakeForm(natural, inWidth, inHeight, inFormat, inPixelAspectRatio, inQuality);
+    IVideoFrameRef result = MakeForm(natural, inWidth, inHeight, inFormat, inPixelAspectRatio, inQuality);
     if (result) {
         Share(MakeImageCacheKey(inImage, result->GetWidth(), result->GetHeight(), result->GetPixelFormat(),
                                 result->GetPixelAspectRatio(), inQuality),

@@ -103,8 +103,7 @@ TEST_F(StaticImageFactoryTest, LoadsOnceAndMakesEachFormOnce)
 
 TEST_F(StaticImageFactoryTest, WhatCannotBeLoadedIsBlankAndStaysSo)
 {
-    EXPECT_FALSE(
-        Ask(4, 10, 6, kPixelFormat_UYVY_422_8u, {1, 1}, kRenderQuality_Medium, false));
+    EXPECT_FALSE(Ask(4, 10, 6, kPixelFormat_UYVY_422_8u, {1, 1}, kRenderQuality_Medium, false));
     EXPECT_EQ(Kept(), 0u);
     const auto blank = Ask(4, 10, 6, kPixelFormat_UYVY_422_8u);
     ASSERT_TRUE(blank);
@@ -189,7 +188,8 @@ TEST(StaticImages, ComeFromTheLibrarysResourcesOnceEach)
     const std::string load = "Lock(\"LoadTRStaticImageAtNaturalSize\"";
     EXPECT_EQ(trace.CountContaining(load), 8);
     EXPECT_EQ(trace.CountContaining("VF::DecompressPNG"), 7); // there is no picture of 4
-    // 1, 2, 3, 6, 8 and 10000 have the first form by nature, the bars have 16 bits, 4 has whatever came first.
+    // 1, 2, 3, 6, 8 and 10000 have the first form by nature, the bars have 16 bits, 4 has whatever came
+    // first.
     EXPECT_LE(trace.CountContaining("CopyFrame"), 8 * 4);
     for (int count = 0; count < 5; ++count) {
         request(7, count % 2);

@@ -7,7 +7,6 @@ bool HasDirectConversion(const SourcePicture&, const DestinationPicture&, kiomed
     return false;
 }
 
-void ConvertRowsDirectly(const SourcePicture&, const DestinationPicture&, std::uint32_t, std::uint32_t)
-{}
+void ConvertRowsDirectly(const SourcePicture&, const DestinationPicture&, std::uint32_t, std::uint32_t) {}
 
 } // namespace VF

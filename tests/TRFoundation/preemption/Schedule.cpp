@@ -94,7 +94,7 @@ struct Model {
 
     void Deactivate(int inDevice)
     {
-        if (inDevice == active) {
+        if (inDevice == active && active != kNone) {
             AskToLetGo(active, false);
             active = kNone;
         }
@@ -255,9 +255,7 @@ private:
             mModel.devices[inCallBack].priority <= mModel.devices[holder].priority) {
             callBack = inCallBack;
             mCalled += ", which activates " + Model::Name(callBack);
-            mDevices[holder]->onPreempt = [this, callBack] {
-                mManager->ActivateDevice(mDevices[callBack]);
-            };
+            mDevices[holder]->onPreempt = [this, callBack] { mManager->ActivateDevice(mDevices[callBack]); };
         }
         const Model::Outcome outcome = mModel.BeginActivate(inDevice, callBack);
         const bool onItsWay = outcome == Model::Outcome::kOnItsWay;

@@ -61,7 +61,10 @@ TEST_F(SharedVideoFrameCacheTest, WhatWasUsedLongestAgoGoesFirstWithinTheLowestR
         {"the oldest goes", 3, {{'+', 1}, {'+', 2}, {'+', 3}, {'+', 4}}, {2, 3, 4}},
         {"a use renews", 3, {{'+', 1}, {'+', 2}, {'+', 3}, {'?', 1}, {'+', 4}}, {1, 3, 4}},
         {"only as many go as must", 4, {{'+', 1, 2}, {'+', 2}, {'+', 3}, {'+', 4}}, {2, 3, 4}},
-        {"low retention goes before old", 3, {{'+', 1, 1, 10}, {'+', 2, 1, 5}, {'+', 3, 1, 10}, {'+', 4}}, {1, 3, 4}},
+        {"low retention goes before old",
+         3,
+         {{'+', 1, 1, 10}, {'+', 2, 1, 5}, {'+', 3, 1, 10}, {'+', 4}},
+         {1, 3, 4}},
         {"also when it is the new one", 2, {{'+', 1}, {'+', 2}, {'+', 3, 1, 5}}, {1, 2}},
         {"a frame larger than all pushes none out", 2, {{'+', 1}, {'+', 2}, {'+', 3, 3}}, {1, 2}},
         {"a key is kept once", 3, {{'+', 1}, {'+', 1, 2}, {'+', 2}}, {1, 2}},
@@ -119,7 +122,8 @@ TEST_F(SharedVideoFrameCacheTest, KeepsItsBooksUnderTwoThreads)
                 if (frame) {
                     EXPECT_EQ(frame->GetHeight(), static_cast<std::uint32_t>(key % 7 + 1));
                 } else {
-                    SharedVideoFrameCache::AddToCache(Key(key), Frame(static_cast<std::uint32_t>(key % 7 + 1)),
+                    SharedVideoFrameCache::AddToCache(Key(key),
+                                                      Frame(static_cast<std::uint32_t>(key % 7 + 1)),
                                                       static_cast<int>(random() % 3));
                 }
                 if (random() % 16 == 0) {

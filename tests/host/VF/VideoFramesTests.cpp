@@ -29,7 +29,13 @@ TEST(VideoFrames, LieInMemoryAsTheirFormatsSay)
         {"an odd pixel has a pair of its own", kPixelFormat_UYVY_422_8u, 7, 2, {16}, {64}, {2}},
         {"six pixels in sixteen bytes", kPixelFormat_V210_422_10u, 13, 1, {48}, {128}, {1}},
         {"48 pixels fill what v210 aligns to", kPixelFormat_V210_422_10u, 48, 1, {128}, {128}, {1}},
-        {"chroma is halved upwards", kPixelFormat_YUV_420_8u_Planar, 65, 5, {65, 33, 33}, {128, 64, 64}, {5, 3, 3}},
+        {"chroma is halved upwards",
+         kPixelFormat_YUV_420_8u_Planar,
+         65,
+         5,
+         {65, 33, 33},
+         {128, 64, 64},
+         {5, 3, 3}},
         {"one pixel", kPixelFormat_YUV_420_8u_Planar, 1, 1, {1, 1, 1}, {64, 64, 64}, {1, 1, 1}},
     };
     for (const auto& test : kCases) {
@@ -107,7 +113,9 @@ TEST(VideoFrames, ClearToOpaqueBlackUntilShared)
         {kPixelFormat_BGRA_4444_8u, color::Range::kLimited, {{0, 0, 0, 255, 0, 0, 0, 255}}},
         {kPixelFormat_ARGB_4444_8u, color::Range::kLimited, {{255, 0, 0, 0, 255, 0, 0, 0}}},
         {kPixelFormat_BGRA_4444_16u, color::Range::kLimited, {{0, 0, 0, 0, 0, 0, 255, 255, 0, 0}}},
-        {kPixelFormat_BGRA_4444_32f, color::Range::kLimited, {{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 128, 63}}},
+        {kPixelFormat_BGRA_4444_32f,
+         color::Range::kLimited,
+         {{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 128, 63}}},
         {kPixelFormat_UYVY_422_8u, color::Range::kLimited, {{128, 16, 128, 16}}},
         {kPixelFormat_UYVY_422_8u, color::Range::kFull, {{128, 0, 128, 0}}},
         // 512 | 64 << 10 | 512 << 20, then 64 | 512 << 10 | 64 << 20

@@ -13,9 +13,9 @@ using namespace kiomediatypes;
 
 TEST(TickTime, CountsOfEveryCommonRateComeBackExactly)
 {
-    const Rate kRates[] = {{24000, 1001},  {24, 1},    {25, 1},    {30000, 1001}, {30, 1},
-                           {48000, 1001},  {48, 1},    {50, 1},    {60000, 1001}, {60, 1},
-                           {120000, 1001}, {120, 1},   {44100, 1}, {48000, 1},    {88200, 1},
+    const Rate kRates[] = {{24000, 1001},  {24, 1},     {25, 1},    {30000, 1001}, {30, 1},
+                           {48000, 1001},  {48, 1},     {50, 1},    {60000, 1001}, {60, 1},
+                           {120000, 1001}, {120, 1},    {44100, 1}, {48000, 1},    {88200, 1},
                            {96000, 1},     {176400, 1}, {192000, 1}};
     for (const Rate rate : kRates) {
         SCOPED_TRACE(std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator));

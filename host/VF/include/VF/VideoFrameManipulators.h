@@ -23,8 +23,9 @@ public:
     /// colour space. Pixel aspect ratios are not looked at. Chroma is sited as the formats say; where the
     /// size stays, chroma that must be resampled is interpolated linearly below high quality. Colour under
     /// straight alpha counts by its alpha when it is mixed with its neighbours, so nothing that was
-    /// invisible shows up; formats without alpha take the colour and drop the alpha. Where an integer format receives values beyond its range they are clamped.
-    /// Accuracy: integers are rounded to nearest, without dither; areas of one colour come out exact.
+    /// invisible shows up; formats without alpha take the colour and drop the alpha. Where an integer format
+    /// receives values beyond its range they are clamped. Accuracy: integers are rounded to nearest, without
+    /// dither; areas of one colour come out exact.
     /// @param inQuality  which filter scales, see RenderQuality; kRenderQuality_Any scales as medium.
     /// @return false when either is empty or has no memory, inDestination is shared, or memory could not be
     ///     had; inDestination then holds anything. Trace channel "Frames" tells why.
