@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kiocore/serialization/JSON.h>
+#include <kiocore/utility/Guid.h>
 #include <kiocore/utility/ImmutableString.h>
 
 #include <concepts>
@@ -79,6 +80,19 @@ template <>
 struct JSONConvert<utility::UTF16String> {
     static JSON ToJSON(const utility::UTF16String& inValue) { return TextFromUTF16(inValue); }
     static utility::UTF16String FromJSON(const JSON& inValue) { return TextToUTF16(AsText(inValue)); }
+};
+
+template <>
+struct JSONConvert<utility::Guid> {
+    static JSON ToJSON(const utility::Guid& inValue) { return inValue.AsUTF8(); }
+    static utility::Guid FromJSON(const JSON& inValue)
+    {
+        const auto guid = utility::Guid::FromText(AsText(inValue));
+        if (!guid) {
+            throw bad_cast_exception(Describe(inValue), "an identifier of 8-4-4-4-12 hexadecimal digits");
+        }
+        return *guid;
+    }
 };
 
 /// Reads an element of an array, so that a failure names its place.
