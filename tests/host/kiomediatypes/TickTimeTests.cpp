@@ -1,4 +1,6 @@
+#include <kiocore/serialization/Serializer.h>
 #include <kiomediatypes/TickTime.h>
+#include <kiomediatypes/TickTimeJSON.h>
 
 #include <kiocore/config/Errors.h>
 
@@ -75,6 +77,21 @@ TEST(TickTime, ArithmeticStopsAtTheEnds)
     EXPECT_EQ(TickTime().Ticks(), -101'606'400'000'000'000);
     EXPECT_EQ(TickTime(), TickTime::FromSeconds(-400000));
     EXPECT_EQ(TickTime().AsUTF8(), "unset");
+}
+
+TEST(TickTime, InJSONIsItsTicks)
+{
+    using Serializer = kiocore::serialization::Serializer<TickTime>;
+    for (std::int64_t ticks :
+         {std::numeric_limits<std::int64_t>::min(), TickTime::kUnsetTicks, std::int64_t(0),
+          std::int64_t(9'007'199'254'740'993), std::numeric_limits<std::int64_t>::max()}) {
+        const TickTime time = TickTime::FromTicks(ticks);
+        EXPECT_EQ(Serializer::ToUTF8String(time), std::to_string(ticks));
+        EXPECT_EQ(Serializer::FromUTF8String(std::to_string(ticks)), time);
+    }
+    for (const char* text : {"null", "\"0\"", "0.5", "{}", "9223372036854775808"}) {
+        EXPECT_THROW(Serializer::FromUTF8String(text), kiocore::serialization::bad_cast_exception) << text;
+    }
 }
 
 } // namespace
