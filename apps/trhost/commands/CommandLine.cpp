@@ -43,6 +43,8 @@ public:
         AddGlobalOptions();
         AddIngest();
         AddCache();
+        AddAssets();
+        AddDisplay();
         AddPrefs();
         AddCompletion();
         LetOptionsStandAnywhere(mApp);
@@ -241,16 +243,66 @@ private:
         return inCommand.add_flag("-n,--dry-run", outFlag, "Print what would be done and touch nothing");
     }
 
+    void AddAssets()
+    {
+        CLI::App& assets = *AddCommand(
+            mApp, "assets", "Convert lists of assets and apply their points to a project", nullptr);
+        assets.require_subcommand(1);
+        AddCommand(assets, "to-paths", "Read specifiers on standard input, print their paths", &AssetsToPaths)
+            ->footer("Example:\n  trhost assets from-project film.hproj | trhost assets to-paths");
+        AddCommand(assets, "from-paths", "Read paths on standard input, print specifiers without points",
+                   &AssetsFromPaths)
+            ->footer("Example:\n  echo '[\"/footage/a.mov\"]' | trhost assets from-paths");
+
+        CLI::App* fromProject =
+            AddCommand(assets, "from-project", "Print specifiers of a project's clips",
+                       [this](Context& ioContext) { return AssetsFromProject(ioContext, mProject); });
+        fromProject->add_option("file", mProject, "Project file (.hproj)")->required()->type_name("FILE");
+        fromProject->footer("Example:\n  trhost assets from-project film.hproj > points.json");
+
+        CLI::App* apply = AddCommand(assets, "apply",
+                                     "Read specifiers on standard input, set the points of a project's clips",
+                                     [this](Context& ioContext) { return AssetsApply(ioContext, mApply); });
+        apply->add_option("--project", mApply.project, "Project file (.hproj)")
+            ->required()
+            ->type_name("FILE");
+        apply->add_option("-o,--output", mApply.output, "Save the project here (default: where it was)")
+            ->type_name("FILE");
+        AddDryRun(*apply, mApply.dryRun);
+        apply->footer("A point that a specifier does not name is taken away. Times are ticks, 254016000000 a "
+                      "second.\n\nExample:\n"
+                      "  echo '[{\"Path\":\"/footage/a.mov\",\"InPoint\":0,\"OutPoint\":508032000000}]' |\n"
+                      "      trhost assets apply --project film.hproj --dry-run");
+
+        CLI::App* newProject =
+            AddCommand(assets, "new-project", "Make a project of media files; folders become bins",
+                       [this](Context& ioContext) { return AssetsNewProject(ioContext, mNewProject); });
+        newProject->add_option("file", mNewProject.project, "Project file (.hproj) to make")
+            ->required()
+            ->type_name("FILE");
+        newProject->add_option("media", mNewProject.media, "Media files, or folders to look for media in")
+            ->required()
+            ->type_name("MEDIA");
+        newProject->add_flag("--force", mNewProject.force, "Replace a file that is there");
+        newProject->footer("Example:\n  trhost assets new-project film.hproj ~/Footage ~/Music/theme.wav");
+    }
+
+    void AddDisplay()
+    {
+        AddCommand(mApp, "display", "Show what displays are told: ranges, filters, fill colour", &Display)
+            ->footer("Example:\n  trhost display --app-type 5");
+    }
+
     void AddPrefs()
     {
-        CLI::App& prefs =
-            *AddCommand(mApp, "prefs", "Show and change the preferences of the media cache", nullptr);
+        CLI::App& prefs = *AddCommand(mApp, "prefs", "Show and change the preferences", nullptr);
         prefs.require_subcommand(1);
         AddCommand(prefs, "show", "Print all preferences", &PrefsShow);
         CLI::App* set = AddCommand(prefs, "set", "Change one preference",
                                    [this](Context& ioContext) { return PrefsSet(ioContext, mPrefsSet); });
         set->add_option("key", mPrefsSet.key, "See prefs show")->required()->type_name("KEY");
-        set->add_option("value", mPrefsSet.value, "A folder; on or off; full, file or none; a size")
+        set->add_option("value", mPrefsSet.value,
+                        "A folder; on, off or default; full, file or none; a size; dark or light")
             ->required()
             ->type_name("VALUE");
     }
@@ -316,6 +368,9 @@ private:
     PruneOptions mPrune;
     VerifyOptions mVerify;
     PrefsSetOptions mPrefsSet;
+    std::string mProject;
+    AssetsApplyOptions mApply;
+    NewProjectOptions mNewProject;
     std::string mCompletionShell;
 };
 

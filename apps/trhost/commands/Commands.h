@@ -66,6 +66,26 @@ struct VerifyOptions {
 };
 int CacheVerify(Context& ioContext, const VerifyOptions& inOptions);
 
+/// Specifiers on standard input, their paths out; and the other way round.
+int AssetsToPaths(Context& ioContext);
+int AssetsFromPaths(Context& ioContext);
+/// Specifiers of a project's clips.
+int AssetsFromProject(Context& ioContext, const std::string& inProject);
+struct AssetsApplyOptions {
+    std::string project;
+    std::optional<std::string> output; ///< the project itself when absent
+    bool dryRun = false;
+};
+int AssetsApply(Context& ioContext, const AssetsApplyOptions& inOptions);
+struct NewProjectOptions {
+    std::string project;
+    std::vector<std::string> media;
+    bool force = false;
+};
+int AssetsNewProject(Context& ioContext, const NewProjectOptions& inOptions);
+
+int Display(Context& ioContext);
+
 int PrefsShow(Context& ioContext);
 struct PrefsSetOptions {
     std::string key;
