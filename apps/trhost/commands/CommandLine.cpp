@@ -3,6 +3,7 @@
 #include "Completion.h"
 #include "Program.h"
 
+#include "../devices/MediaTime.h"
 #include "../support/Failure.h"
 #include "../support/Quantities.h"
 
@@ -26,9 +27,34 @@ constexpr const char* kExamples =
     "  trhost cache clean                          remove what belongs to media that changed or is gone\n"
     "  trhost cache prune --older-than 90d --max-size 50G --dry-run\n"
     "  trhost --state /tmp/try --json cache list   one JSON object a line\n"
+    "  trhost play clip.mov --from 1:05            hear its sound\n"
+    "  trhost record take1.wav                     until Ctrl-C\n"
     "  source <(trhost completion bash)\n"
     "\n"
     "Exit status: 0 done, 1 a negative answer (not found, stale, differs), 2 wrong usage, 3 failed.";
+
+constexpr const char* kScriptHelp =
+    "A script has one command a line; # begins a comment, \"...\" keeps blanks together:\n"
+    "  player NAME [media=FILE] [device=D | sink=wav:FILE [pace=no]] [key=N] [priority=N]\n"
+    "  recorder NAME [device=D] [rate=R] [channels=N] [key=N]\n"
+    "  activate NAME [priority=N] [key=N]   (open NAME is the same)\n"
+    "  record NAME [out=FILE]      stop NAME\n"
+    "  deactivate NAME             reset\n"
+    "  hold NAME                   release NAME\n"
+    "  destroy NAME                wait 200ms\n"
+    "  expect [not] CONDITION      await [not] CONDITION [within=2s]\n"
+    "A condition is active NAME|nobody, waiting NAME|nobody [for NAME], open NAME,\n"
+    "recording NAME, finished NAME or failed NAME.\n"
+    "\n"
+    "Example:\n"
+    "  player player1 device=null key=1\n"
+    "  recorder recorder1 device=null key=2\n"
+    "  activate player1\n"
+    "  record recorder1            # smaller priority: player1 is asked to let go\n"
+    "  expect active recorder1\n"
+    "  activate player1            # greater priority: replaces it without asking\n"
+    "  expect active player1\n"
+    "  expect recording recorder1";
 
 using Command = std::function<int(Context&)>;
 
@@ -46,6 +72,7 @@ public:
         AddAssets();
         AddDisplay();
         AddPrefs();
+        AddDevices();
         AddCompletion();
         LetOptionsStandAnywhere(mApp);
     }
@@ -307,6 +334,77 @@ private:
             ->type_name("VALUE");
     }
 
+    void AddDevices()
+    {
+        CLI::App* play = AddCommand(mApp, "play", "Play the sound of a media file",
+                                    [this](Context& ioContext) { return PlaySound(ioContext, mPlay); });
+        play->add_option("media", mPlay.media, "Media file")->required()->type_name("MEDIA");
+        play->add_option("--stream", mPlay.stream, "This stream (default: the first with sound)")
+            ->check(CLI::NonNegativeNumber)
+            ->type_name("N");
+        CLI::Option* device =
+            play->add_option("--device", mPlay.device, "Audio device (default, null, hw:1,0 ...)")
+                ->type_name("DEVICE");
+        CLI::Option* sink = play->add_option("--sink", mPlay.sink, "Write to a WAVE file instead: wav:FILE")
+                                ->excludes(device)
+                                ->type_name("SINK");
+        AddTime(*play, "--from", mPlay.from, "Begin at this time: 12.5, 1:05.2, 200ms");
+        AddTime(*play, "--duration", mPlay.duration, "Play only so much");
+        AddSampleForm(*play, mPlay.format, "Of the sink's samples: s16, s24, f32 (default: as the media)")
+            ->needs(sink);
+        play->add_flag("--real-time", mPlay.realTime, "Let the sink take its time")->needs(sink);
+        play->add_flag("--force", mPlay.force, "Overwrite the sink's file")->needs(sink);
+
+        CLI::App* record = AddCommand(mApp, "record", "Record sound to a WAVE file, until Ctrl-C",
+                                      [this](Context& ioContext) { return RecordSound(ioContext, mRecord); });
+        record->add_option("file", mRecord.file, "WAVE file to make")->required()->type_name("FILE");
+        record->add_option("--device", mRecord.device, "Audio device (default, null, hw:1,0 ...)")
+            ->type_name("DEVICE");
+        AddTime(*record, "--duration", mRecord.duration, "Stop by itself: 90, 1:30, 500ms");
+        record->add_option("--rate", mRecord.rate, "Samples a second (48000)")
+            ->check(CLI::Range(8000, 384000))
+            ->type_name("HZ");
+        record->add_option("--channels", mRecord.channels, "1 to 64 (2)")
+            ->check(CLI::Range(1, 64))
+            ->type_name("N");
+        AddSampleForm(*record, mRecord.format, "Of the samples: s16, s24, f32 (s16)");
+        record->add_flag("--force", mRecord.force, "Overwrite the file");
+
+        CLI::App* devices =
+            AddCommand(mApp, "devices", "Run a script of players and recorders",
+                       [this](Context& ioContext) { return RunDevices(ioContext, mDevices); });
+        devices->add_option("script", mDevices.script, "Script, or - for standard input")
+            ->required()
+            ->type_name("SCRIPT");
+        devices->add_flag("--force", mDevices.force, "Let the script overwrite files");
+        devices->footer(kScriptHelp);
+    }
+
+    static void AddTime(CLI::App& inCommand, const char* inName,
+                        std::optional<std::chrono::nanoseconds>& outTime, const char* inDescription)
+    {
+        inCommand
+            .add_option_function<std::string>(
+                inName,
+                [inName, &outTime](const std::string& inText) {
+                    outTime = devices::ParseMediaTime(inText);
+                    if (!outTime) {
+                        throw CLI::ValidationError(inName, "found " + inText +
+                                                               ", expected a time such as 12.5, 1:05 or "
+                                                               "200ms");
+                    }
+                },
+                inDescription)
+            ->type_name("TIME");
+    }
+
+    static CLI::Option* AddSampleForm(CLI::App& inCommand, std::string& outForm, const char* inDescription)
+    {
+        return inCommand.add_option("--format", outForm, inDescription)
+            ->check(CLI::IsMember({"s16", "s24", "f32"}))
+            ->type_name("FORMAT");
+    }
+
     void AddCompletion()
     {
         CLI::App* completion = mApp.add_subcommand("completion", "Print a shell's completion script");
@@ -371,6 +469,9 @@ private:
     std::string mProject;
     AssetsApplyOptions mApply;
     NewProjectOptions mNewProject;
+    PlayOptions mPlay;
+    RecordOptions mRecord;
+    DevicesOptions mDevices;
     std::string mCompletionShell;
 };
 

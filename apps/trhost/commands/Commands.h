@@ -93,4 +93,34 @@ struct PrefsSetOptions {
 };
 int PrefsSet(Context& ioContext, const PrefsSetOptions& inOptions);
 
+struct PlayOptions {
+    std::string media;
+    int stream = -1; ///< -1 = the first one with sound
+    std::string device = "default";
+    std::string sink; ///< "wav:FILE"; empty: the device
+    std::optional<std::chrono::nanoseconds> from;
+    std::optional<std::chrono::nanoseconds> duration;
+    std::string format; ///< of the sink: "s16", "s24", "f32"; empty: as the media has it
+    bool realTime = false;
+    bool force = false;
+};
+int PlaySound(Context& ioContext, const PlayOptions& inOptions);
+
+struct RecordOptions {
+    std::string file;
+    std::string device = "default";
+    std::optional<std::chrono::nanoseconds> duration;
+    int rate = 48000;
+    int channels = 2;
+    std::string format = "s16";
+    bool force = false;
+};
+int RecordSound(Context& ioContext, const RecordOptions& inOptions);
+
+struct DevicesOptions {
+    std::string script; ///< a file, or "-"
+    bool force = false;
+};
+int RunDevices(Context& ioContext, const DevicesOptions& inOptions);
+
 } // namespace trhost
