@@ -11,6 +11,8 @@
 namespace VF {
 namespace {
 
+constexpr std::uint64_t kLeastBandPixels = 128 * 1024; // below, a thread is not worth waking
+
 /// Outlives the call for tasks that come too late; these find nothing left and never touch the work.
 struct Run {
     Run(unsigned inCount, const std::function<bool(unsigned)>& inWork) : count(inCount), work(inWork) {}
@@ -52,6 +54,14 @@ unsigned BandThreads()
 {
     static const unsigned count = std::max(std::thread::hardware_concurrency(), 1u);
     return count;
+}
+
+std::uint32_t BandRows(std::uint32_t inRows, std::uint64_t inPixelsPerRow, std::uint32_t inUnit,
+                       unsigned inMostBands)
+{
+    const std::uint64_t worth = std::max<std::uint64_t>(inRows * inPixelsPerRow / kLeastBandPixels, 1);
+    const auto bands = static_cast<std::uint32_t>(std::min<std::uint64_t>(worth, inMostBands));
+    return std::min(((inRows + bands - 1) / bands + inUnit - 1) / inUnit * inUnit, inRows);
 }
 
 bool RunBands(unsigned inCount, const std::function<bool(unsigned)>& inWork)

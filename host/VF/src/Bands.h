@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 namespace VF {
@@ -15,5 +16,10 @@ bool RunBands(unsigned inCount, const std::function<bool(unsigned)>& inWork);
 
 /// How many threads work at once at best.
 unsigned BandThreads();
+
+/// How many rows a band has: as many bands as are worth a thread each, and no more than asked for.
+/// @param inUnit  rows that belong together.
+std::uint32_t BandRows(std::uint32_t inRows, std::uint64_t inPixelsPerRow, std::uint32_t inUnit,
+                       unsigned inMostBands);
 
 } // namespace VF

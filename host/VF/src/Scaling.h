@@ -15,8 +15,4 @@ bool ScalePicture(const SourcePicture& inSource, const DestinationPicture& inDes
                   kiomediatypes::RenderQuality inQuality, const ColorManagementSettings& inSettings,
                   std::string& outError);
 
-/// How many rows a band has that is worth a thread, given the bytes or samples that a row costs.
-std::uint32_t BandRows(std::uint32_t inRows, std::uint64_t inPixelsPerRow, std::uint32_t inUnit,
-                       unsigned inMostBands);
-
 } // namespace VF

@@ -9,6 +9,6 @@ namespace trhost::media {
 
 /// @throws as IMediaModule::OpenAudio.
 std::unique_ptr<IAudioReader> OpenAudioReader(const std::string& inNativePath, int inStreamIndex,
-                                            const ICancel& inCancel);
+                                              const ICancel& inCancel);
 
 } // namespace trhost::media

@@ -33,6 +33,14 @@ std::string ErrorText(int inError)
     return text;
 }
 
+AVChannelLayout PlainLayout(int inChannels)
+{
+    AVChannelLayout layout{};
+    av_channel_layout_from_mask(&layout,
+                                inChannels >= 64 ? ~std::uint64_t(0) : (std::uint64_t(1) << inChannels) - 1);
+    return layout;
+}
+
 void RouteMessagesToTrace()
 {
     av_log_set_callback(&TraceMessage);

@@ -39,6 +39,10 @@ T* Allocated(T* inObject)
 
 std::string ErrorText(int inError);
 
+/// Any layout that has this many channels. With the same one on both sides the channels pass unmixed,
+/// also when nobody knows which speaker each is for.
+AVChannelLayout PlainLayout(int inChannels);
+
 /// Sends what the media libraries have to say to the trace channel "FFmpeg" instead of standard error.
 void RouteMessagesToTrace();
 

@@ -22,7 +22,9 @@ bool IsListed(const AVStream& inStream)
     }
 }
 
-StreamInfo Describe(const AVStream& inStream, const MediaSource& inSource)
+} // namespace
+
+StreamInfo DescribeStream(const AVStream& inStream, const MediaSource& inSource)
 {
     const AVCodecParameters& codec = *inStream.codecpar;
     const double tick = av_q2d(inStream.time_base);
@@ -54,8 +56,6 @@ StreamInfo Describe(const AVStream& inStream, const MediaSource& inSource)
     return info;
 }
 
-} // namespace
-
 MediaFile::MediaFile(const std::string& inNativePath, const ICancel& inCancel) : mPath(inNativePath)
 {
     Open(inCancel);
@@ -75,7 +75,7 @@ void MediaFile::Open(const ICancel& inCancel)
     }
     for (unsigned i = 0; i < format.nb_streams; ++i) {
         if (IsListed(*format.streams[i])) {
-            mStreams.push_back(Describe(*format.streams[i], *mSource));
+            mStreams.push_back(DescribeStream(*format.streams[i], *mSource));
         }
     }
     if (mStreams.empty()) {

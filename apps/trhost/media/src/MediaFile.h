@@ -9,6 +9,8 @@
 
 namespace trhost::media {
 
+StreamInfo DescribeStream(const AVStream& inStream, const MediaSource& inSource);
+
 /// Threading: one thread at a time.
 class MediaFile : public IMediaFile {
 public:

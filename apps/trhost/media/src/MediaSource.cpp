@@ -187,4 +187,13 @@ bool MediaSource::ReadPacket(AVPacket& outPacket, const ICancel& inCancel, std::
     return result >= 0;
 }
 
+bool MediaSource::Seek(int inStreamIndex, std::int64_t inTimestamp, const ICancel& inCancel)
+{
+    mCancel = &inCancel;
+    const int result = av_seek_frame(mFormat.get(), inStreamIndex, inTimestamp, AVSEEK_FLAG_BACKWARD);
+    CheckReading();
+    mCancel = nullptr;
+    return result >= 0;
+}
+
 } // namespace trhost::media

@@ -37,6 +37,11 @@ public:
     /// @throws kio_exception (kError_Cancelled), file_exception.
     bool ReadPacket(AVPacket& outPacket, const ICancel& inCancel, std::int64_t& ioDamage);
 
+    /// Goes to the last packet of a stream from which decoding can start, at or before a time of its clock.
+    /// @return false when the container cannot; the next packet may then be any.
+    /// @throws kio_exception (kError_Cancelled), file_exception.
+    bool Seek(int inStreamIndex, std::int64_t inTimestamp, const ICancel& inCancel);
+
     [[noreturn]] void ThrowCancelled() const;
 
 private:

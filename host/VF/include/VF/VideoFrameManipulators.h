@@ -24,13 +24,17 @@ public:
     /// mirror.
     ///
     /// Chroma is sited as the formats say; where the size stays, chroma that must be resampled is
-    /// interpolated linearly below high quality. Alpha: where the size changes, colour counts by its alpha,
-    /// so nothing that was invisible shows up, and what is invisible in the result has any colour. Where the
-    /// size stays, colours are left as they are. Formats without alpha take the colour and drop the alpha;
-    /// from one without, the result is opaque. Accuracy: integers are rounded to nearest, without dither, and
-    /// clamped to their range; areas of one colour come out exact. The bytes do not depend on how many
-    /// threads took part. Only the used bytes of rows are read and written (see LayoutOf), so frames of any
-    /// class will do. Pixels that fill up a last group repeat the last of the row.
+    /// interpolated linearly below high quality.
+    ///
+    /// Where the size changes, colour counts by its alpha, so nothing that was invisible shows up, and what
+    /// is invisible in the result has any colour. Where the size stays, colours are left as they are. Formats
+    /// without alpha take the colour and drop the alpha; from one without, the result is opaque.
+    ///
+    /// Integers are rounded to nearest, without dither, and clamped to their range; areas of one colour come
+    /// out exact. The bytes do not depend on how many threads took part.
+    ///
+    /// Only the used bytes of rows are read and written (see LayoutOf), so frames of any class will do.
+    /// Pixels that fill up a last group repeat the last of the row.
     /// @param inQuality  which filter scales, see RenderQuality; kRenderQuality_Any scales as medium.
     /// @return true also when both are one frame. False when either is empty, has no memory, or rows that are
     ///     too few or too short; when inDestination is shared; or when memory could not be had. inDestination
