@@ -21,6 +21,20 @@ void FakeHardware::Open()
     ++mOpenCount;
 }
 
+void FakeHardware::Close()
+{
+    mIsClosing = true;
+    mClosesSlowly.wait(true);
+    mIsClosing = false;
+    mIsOpen = false;
+}
+
+void FakeHardware::FinishClosing()
+{
+    mClosesSlowly = false;
+    mClosesSlowly.notify_all();
+}
+
 int FakeHardware::Use(int inMostFrames)
 {
     if (mBroken) {
@@ -38,7 +52,7 @@ public:
     {
         mHardware.Open();
     }
-    ~FakeOutput() override { mHardware.mIsOpen = false; }
+    ~FakeOutput() override { mHardware.Close(); }
 
     const AudioFormat& Format() const override { return mFormat; }
     int BufferFrames() const override { return 1 << 30; }
@@ -67,7 +81,7 @@ public:
     {
         mHardware.Open();
     }
-    ~FakeInput() override { mHardware.mIsOpen = false; }
+    ~FakeInput() override { mHardware.Close(); }
 
     const AudioFormat& Format() const override { return mFormat; }
     int BufferFrames() const override { return 4800; }

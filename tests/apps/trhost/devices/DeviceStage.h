@@ -34,11 +34,16 @@ public:
     /// How many of the frames that it took will not be heard when it is closed.
     void SetQueued(int inFrames) { mQueued = inFrames; }
     std::vector<float> Taken() const;
+    /// Lets closing take until FinishClosing.
+    void CloseSlowly() { mClosesSlowly = true; }
+    bool IsClosing() const { return mIsClosing; }
+    void FinishClosing();
 
 private:
     class FakeOutput;
     class FakeInput;
     void Open();
+    void Close();
     int Use(int inMostFrames);
 
     std::atomic<bool> mIsOpen{false};
@@ -47,6 +52,8 @@ private:
     std::atomic<bool> mBroken{false};
     std::atomic<std::int64_t> mAllowed{0};
     std::atomic<int> mQueued{0};
+    std::atomic<bool> mClosesSlowly{false};
+    std::atomic<bool> mIsClosing{false};
     mutable std::mutex mLock; // guards mTaken
     std::vector<float> mTaken;
 };

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <numeric>
+#include <thread>
 
 using namespace devicetests;
 using namespace std::chrono_literals;
@@ -57,6 +58,34 @@ TEST(Handover, TheHardwareIsFreeBeforeTheNextOneHoldsTheSlot)
                              "recorder1 asks", "recorder1 active"}),
                 ElementsAre("player1 opened", "recorder1 asks", "player1 askedToLetGo", "player1 closed",
                             "player1 letGo", "recorder1 active"));
+}
+
+TEST(Handover, TheGateOpensOnlyOnceTheHardwareIsClosed)
+{
+    for (const bool dies : {false, true}) {
+        SCOPED_TRACE(dies ? "dying" : "asked to");
+        DeviceStage stage;
+        FakeHardware card;
+        auto player = stage.MakePlayer("player1", 1, card);
+        const DeviceProxyRef proxy = player->Runner().Proxy();
+        stage.Activate(player->Runner());
+        card.CloseSlowly();
+        player->Runner().SetHolding(dies);
+        auto gate = std::make_shared<kiocore::threads::Gate>(false);
+        proxy->Preempt({}, gate);
+        std::thread death;
+        if (dies) {
+            death = std::thread([&] { player.reset(); });
+        }
+        stage.Await("the card is being closed", [&] { return card.IsClosing(); });
+        EXPECT_FALSE(gate->IsOpen());
+        card.FinishClosing();
+        gate->PassThrough();
+        EXPECT_FALSE(card.IsOpen());
+        if (dies) {
+            death.join();
+        }
+    }
 }
 
 TEST(Handover, AfterTwoSecondsTheUserIsToldForWhom)
