@@ -191,13 +191,15 @@ private:
     static int Unpack(void* inSelf, unsigned inRow, unsigned inLeft, unsigned inRight)
     {
         auto& self = *static_cast<PlainZimg*>(inSelf);
-        const std::uint8_t* const pixels = self.mSource.Row(inRow);
+        const std::uint8_t* __restrict const pixels = self.mSource.Row(inRow);
         const auto row = [&](int inPlane) {
             const auto& plane = self.mRead.plane[inPlane];
             return static_cast<std::uint8_t*>(const_cast<void*>(plane.data)) +
                    static_cast<std::size_t>(inRow & plane.mask) * static_cast<std::size_t>(plane.stride);
         };
-        std::uint8_t *const r = row(0), *const g = row(1), *const b = row(2);
+        std::uint8_t* __restrict const r = row(0);
+        std::uint8_t* __restrict const g = row(1);
+        std::uint8_t* __restrict const b = row(2);
         for (unsigned x = inLeft; x < inRight; ++x) {
             b[x] = pixels[x * 4];
             g[x] = pixels[x * 4 + 1];
@@ -208,13 +210,15 @@ private:
     static int Pack(void* inSelf, unsigned inRow, unsigned inLeft, unsigned inRight)
     {
         auto& self = *static_cast<PlainZimg*>(inSelf);
-        std::uint8_t* const pixels = self.mDestination.Row(inRow);
+        std::uint8_t* __restrict const pixels = self.mDestination.Row(inRow);
         const auto row = [&](int inPlane) {
             const auto& plane = self.mWritten.plane[inPlane];
             return static_cast<const std::uint8_t*>(plane.data) +
                    static_cast<std::size_t>(inRow & plane.mask) * static_cast<std::size_t>(plane.stride);
         };
-        const std::uint8_t *const r = row(0), *const g = row(1), *const b = row(2);
+        const std::uint8_t* __restrict const r = row(0);
+        const std::uint8_t* __restrict const g = row(1);
+        const std::uint8_t* __restrict const b = row(2);
         for (unsigned x = inLeft; x < inRight; ++x) {
             pixels[x * 4] = b[x];
             pixels[x * 4 + 1] = g[x];
