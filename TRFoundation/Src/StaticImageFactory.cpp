@@ -34,27 +34,61 @@ void Update(kiocore::HashValueMixerState& ioState, T inValue)
     kiocore::UpdateHashState(ioState, &inValue, sizeof(inValue));
 }
 
-Guid MakeImageCacheKey(int inImage, std::uint32_t inWidth, std::uint32_t inHeight, PixelFormat inFormat,
-                       PixelAspectRatio inPixelAspectRatio, RenderQuality inQuality)
+/// What a frame is asked for by.
+struct Form {
+    int image;
+    std::uint32_t width;
+    std::uint32_t height;
+    PixelFormat format;
+    PixelAspectRatio pixelAspectRatio;
+    RenderQuality quality;
+
+    friend bool operator==(const Form&, const Form&) = default;
+};
+
+Guid MakeImageCacheKey(const Form& inForm)
 {
     static constexpr std::string_view kText = "TR::StaticImageFactory::MakeImageCacheKey";
-    static_assert(kText.size() == 41 && sizeof(inImage) == 4 && sizeof(inFormat) == 8 &&
-                  sizeof(inPixelAspectRatio) == 8 && sizeof(inQuality) == 4);
+    static_assert(kText.size() == 41 && sizeof(inForm.image) == 4 && sizeof(inForm.format) == 8 &&
+                  sizeof(inForm.pixelAspectRatio) == 8 && sizeof(inForm.quality) == 4);
     kiocore::HashValueMixerState state;
     kiocore::UpdateHashState(state, kText.data(), kText.size());
-    Update(state, inImage);
-    Update(state, inWidth);
-    Update(state, inHeight);
-    Update(state, inFormat);
-    Update(state, inPixelAspectRatio);
-    Update(state, inQuality);
+    Update(state, inForm.image);
+    Update(state, inForm.width);
+    Update(state, inForm.height);
+    Update(state, inForm.format);
+    Update(state, inForm.pixelAspectRatio);
+    Update(state, inForm.quality);
     return kiocore::GetHashResult(state);
+}
+
+/// The same, remembering what a thread asked for lately: one that shows a still asks for it with every
+/// refresh, and hashing is the larger part of an answer.
+Guid RecentImageCacheKey(const Form& inForm)
+{
+    struct Recent {
+        Form form;
+        Guid key;
+        bool known;
+    };
+    constexpr std::size_t kRecent = 64;
+    static thread_local Recent recent[kRecent];
+
+    const std::uint64_t mixed = inForm.format ^ (inForm.format >> 32) ^
+                                (static_cast<std::uint64_t>(inForm.image) * 0x9E37 + inForm.width * 3u +
+                                 inForm.height * 5u + static_cast<std::uint32_t>(inForm.quality));
+    Recent& place = recent[(mixed * 0x9E3779B97F4A7C15ull) >> 58];
+    static_assert(kRecent == 1u << (64 - 58));
+    if (!place.known || !(place.form == inForm)) {
+        place = {inForm, MakeImageCacheKey(inForm), true};
+    }
+    return place.key;
 }
 
 Guid MakeNaturalSizeKey(int inImage, std::uint32_t inWidth, std::uint32_t inHeight)
 {
-    return MakeImageCacheKey(inImage, inWidth, inHeight, kPixelFormat_Any, kPixelAspectRatio_Any,
-                             kRenderQuality_Any);
+    return MakeImageCacheKey(
+        {inImage, inWidth, inHeight, kPixelFormat_Any, kPixelAspectRatio_Any, kRenderQuality_Any});
 }
 
 void Share(const Guid& inKey, const IVideoFrameRef& inFrame)
@@ -110,8 +144,8 @@ IVideoFrameRef StaticImageFactory::LoadImage(int inImage, unsigned int inWidth, 
                                              PixelFormat inFormat, PixelAspectRatio inPixelAspectRatio,
                                              RenderQuality inQuality, bool inCreateBlankIfMissing)
 {
-    if (IVideoFrameRef finished = SharedVideoFrameCache::RetrieveFromCache(MakeImageCacheKey(
-            inImage, inWidth, inHeight, inFormat, inPixelAspectRatio, inQuality))) {
+    if (IVideoFrameRef finished = SharedVideoFrameCache::RetrieveFromCache(
+            RecentImageCacheKey({inImage, inWidth, inHeight, inFormat, inPixelAspectRatio, inQuality}))) {
         return finished;
     }
     // For kSizeDependent too, whose natural images stand under their sizes: they are never found here, so its
@@ -135,11 +169,10 @@ IVideoFrameRef StaticImageFactory::LoadImage(int inImage, unsigned int inWidth, 
     if (HasForm(natural, inWidth, inHeight, inFormat, inPixelAspectRatio)) {
         return natural;
     }
-    IVideoFrameRef result =
-        MakeForm(natural, inWidth, inHeight, inFormat, inPixelAspectRatio, inQuality);
+    IVideoFrameRef result = MakeForm(natural, inWidth, inHeight, inFormat, inPixelAspectRatio, inQuality);
     if (result) {
-        Share(MakeImageCacheKey(inImage, result->GetWidth(), result->GetHeight(), result->GetPixelFormat(),
-                                result->GetPixelAspectRatio(), inQuality),
+        Share(MakeImageCacheKey({inImage, result->GetWidth(), result->GetHeight(), result->GetPixelFormat(),
+                                 result->GetPixelAspectRatio(), inQuality}),
               result);
     }
     return result;

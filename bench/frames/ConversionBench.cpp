@@ -2,7 +2,6 @@
 
 namespace bench {
 
-void BenchConversion()
-{}
+void BenchConversion() {}
 
 } // namespace bench

@@ -2,7 +2,6 @@
 
 namespace bench {
 
-void BenchScaling()
-{}
+void BenchScaling() {}
 
 } // namespace bench

@@ -1,8 +1,158 @@
 #include "FramesBench.h"
 
+#include "support/Interleaved.h"
+
+#include <TR/StaticImageFactory.h>
+
+#include <VF/SharedVideoFrameCache.h>
+#include <VF/VideoFrames.h>
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+std::atomic<bool> sCounting{false};
+std::atomic<std::size_t> sAllocations{0};
+
+} // namespace
+
+// Counts what the process allocates while a count is on; allocations of the libraries come here too.
+void* operator new(std::size_t inBytes)
+{
+    if (sCounting.load(std::memory_order_relaxed)) {
+        sAllocations.fetch_add(1, std::memory_order_relaxed);
+    }
+    if (void* const memory = std::malloc(inBytes ? inBytes : 1)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* inMemory) noexcept
+{
+    std::free(inMemory);
+}
+void operator delete(void* inMemory, std::size_t) noexcept
+{
+    std::free(inMemory);
+}
+
 namespace bench {
+namespace {
+
+using namespace kiomediatypes;
+
+constexpr int kStills = 8;
+constexpr int kForms = 4;
+constexpr std::size_t kRequests = 200'000;
+constexpr std::size_t kPairs = 31;
+
+MF::IVideoFrameRef Load(int)
+{
+    MF::IVideoFrameRef frame;
+    VF::CreateVideoFrame(frame, kPixelFormat_BGRA_4444_8u, 64, 36, kPixelAspectRatio_Square, true, false);
+    frame->InitializePixels(0);
+    return frame;
+}
+
+MF::IVideoFrameRef Request(std::size_t inNumber)
+{
+    constexpr PixelFormat kFormats[kForms] = {kPixelFormat_BGRA_4444_8u, kPixelFormat_UYVY_422_8u,
+                                              kPixelFormat_V210_422_10u, kPixelFormat_BGRA_4444_32f};
+    return TR::StaticImageFactory::LoadImage(static_cast<int>(inNumber % kStills) + 10, 32, 18,
+                                             kFormats[inNumber / kStills % kForms], kPixelAspectRatio_Square,
+                                             kRenderQuality_Medium);
+}
+
+struct BareMap {
+    std::vector<kiocore::Guid> keys;
+    std::unordered_map<kiocore::Guid, std::size_t> map;
+    BareMap()
+    {
+        for (std::size_t number = 0; number < kStills * kForms; ++number) {
+            keys.push_back(kiocore::Guid::CreateUnique());
+            map[keys.back()] = number;
+        }
+    }
+};
+
+/// Runs inWork on inThreads threads at once, each told its number, and gives the wall time.
+template <typename Work>
+double OnThreads(unsigned inThreads, const Work& inWork)
+{
+    std::atomic<unsigned> ready{0};
+    std::atomic<bool> go{false};
+    std::vector<std::thread> others;
+    for (unsigned number = 1; number < inThreads; ++number) {
+        others.emplace_back([&, number] {
+            ++ready;
+            while (!go.load(std::memory_order_acquire)) {
+            }
+            inWork(number);
+        });
+    }
+    while (ready + 1 < inThreads) {
+    }
+    const double start = Now(CLOCK_MONOTONIC);
+    go.store(true, std::memory_order_release);
+    inWork(0u);
+    for (std::thread& other : others) {
+        other.join();
+    }
+    return Now(CLOCK_MONOTONIC) - start;
+}
+
+} // namespace
 
 void BenchStills()
-{}
+{
+    VF::SharedVideoFrameCache::Clear();
+    TR::StaticImageFactory::Register(&Load);
+    for (std::size_t number = 0; number < kStills * kForms; ++number) {
+        if (!Request(number)) {
+            PrintNote("No still could be made: nothing measured.");
+            return;
+        }
+    }
+    const BareMap bare;
+    std::atomic<std::size_t> sink{0};
+    PrintHeader("A still answered from the cache, against one look-up of an identifier in a bare hash map");
+    for (const unsigned threads : {1u, 2u}) {
+        const auto floor = [&] {
+            return OnThreads(threads, [&](unsigned inThread) {
+                std::size_t sum = 0;
+                for (std::size_t request = 0; request < kRequests; ++request) {
+                    sum += bare.map.find(bare.keys[(request * 5 + inThread * 7) % bare.keys.size()])->second;
+                }
+                sink += sum;
+            });
+        };
+        const auto ours = [&] {
+            return OnThreads(threads, [&](unsigned inThread) {
+                std::size_t sum = 0;
+                for (std::size_t request = 0; request < kRequests; ++request) {
+                    sum += Request(request * 5 + inThread * 7)->GetWidth();
+                }
+                sink += sum;
+            });
+        };
+        const Comparison result = Compare(floor, ours, kPairs, kRequests);
+        PrintRow(std::to_string(threads) + (threads == 1 ? " thread" : " threads"), result, 4, "ns");
+    }
+    sCounting = true;
+    for (std::size_t request = 0; request < 1000; ++request) {
+        sink += Request(request)->GetWidth();
+    }
+    sCounting = false;
+    PrintNote("Allocations in 1000 requests: " + std::to_string(sAllocations.load()) + " (goal 0)");
+    TR::StaticImageFactory::Register(nullptr);
+    VF::SharedVideoFrameCache::Clear();
+}
 
 } // namespace bench

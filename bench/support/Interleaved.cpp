@@ -75,7 +75,7 @@ std::string GoalText(double inRatio, double inGoal)
 
 void PrintRow(const std::string& inWhat, const Comparison& inMeasured, double inGoal, const char* inUnit)
 {
-    const double unit = std::strcmp(inUnit, "ms") == 0 ? 1e6 : 1e3;
+    const double unit = std::strcmp(inUnit, "ms") == 0 ? 1e6 : std::strcmp(inUnit, "us") == 0 ? 1e3 : 1;
     std::printf("%-58s %9.3f %s %9.3f %s %8.3f %s\n", inWhat.c_str(), inMeasured.floor / unit, inUnit,
                 inMeasured.ours / unit, inUnit, inMeasured.ratio, GoalText(inMeasured.ratio, inGoal).c_str());
     std::fflush(stdout);

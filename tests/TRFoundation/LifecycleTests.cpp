@@ -3,6 +3,7 @@
 
 #include <TR/DeviceControlAbortFlag.h>
 #include <TR/MediaAcceleratorDatabase.h>
+#include <TR/PreemptionManager.h>
 #include <TR/SharedThreads.h>
 #include <TR/TRFoundation.h>
 #include <TR/TraceryModule.h>
@@ -39,6 +40,7 @@ const std::vector<std::string> kLifecycleCalls = {
     "kiocore::threads::CreateCPUBoundExecutor",
     "kiocore::threads::CreateIOBoundExecutor",
     "kiocore::threads::CreateSubExecutor",
+    "kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\", 60000)",
     "kiocore::threads::GetRegisteredMainThread",
     "BE::Shutdown"};
 
@@ -52,6 +54,7 @@ TEST(Lifecycle, StartsAndStopsInOrderOnTheFirstAndLastClientOnly)
         EXPECT_EQ(Library::Initialize(), 0);
         auto expected = std::vector<std::string>(kLifecycleCalls.begin(), kLifecycleCalls.begin() + 7);
         expected.insert(expected.end(), 4, kLifecycleCalls[6]);
+        expected.push_back(kLifecycleCalls[7]);
         EXPECT_EQ(trace.Order(kLifecycleCalls), expected);
 
         const_cast<support::TraceRecorder&>(trace).Clear();
@@ -61,10 +64,40 @@ TEST(Lifecycle, StartsAndStopsInOrderOnTheFirstAndLastClientOnly)
         EXPECT_TRUE(TR::sLowPriorityRenderQueue);
 
         EXPECT_EQ(Library::Shutdown(), 0);
-        EXPECT_THAT(trace.Order(kLifecycleCalls),
-                    ElementsAre("kiocore::threads::GetRegisteredMainThread", "BE::Shutdown"));
+        EXPECT_THAT(
+            trace.Order(kLifecycleCalls),
+            ElementsAre(kLifecycleCalls[7], "kiocore::threads::GetRegisteredMainThread", "BE::Shutdown"));
         EXPECT_FALSE(TR::sLowPriorityRenderQueue);
     }
+}
+
+/// A device that tells on the trace when it goes.
+class MortalDevice final : public TR::IPreemptableProxy, public virtual kiocore::classref::UnknownBase {
+public:
+    ~MortalDevice() override { KIO_HOST_CALL("MortalDevice goes"); }
+    std::uint32_t GetPriority() override { return kPriorityPlayer; }
+    void Activate() override {}
+    void Preempt(const TR::IPreemptableProxyRef&, std::shared_ptr<kiocore::threads::Gate>&) override
+    {
+        ADD_FAILURE() << "shutdown tells nobody";
+    }
+    std::uint32_t GetHandoverKey() override { return 1; }
+    void* QueryMap(const CFUUIDBytes&) override { return nullptr; }
+};
+
+TEST(Lifecycle, ShutdownLetsTheActiveDeviceGoAfterTheDatabaseAndBeforePostedWork)
+{
+    Library::Initialize();
+    const auto manager = TR::CreatePreemptionManager();
+    EXPECT_TRUE(manager->ActivateDevice(kiocore::classref::MakeObject<MortalDevice>()));
+    const support::TraceRecorder trace("Host");
+    Library::Shutdown();
+    EXPECT_THAT(trace.Order({"kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\"",
+                             "MortalDevice goes", "kiocore::threads::GetRegisteredMainThread",
+                             "BE::Shutdown"}),
+                ElementsAre("kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\"",
+                            "MortalDevice goes", "kiocore::threads::GetRegisteredMainThread",
+                            "BE::Shutdown"));
 }
 
 TEST(Lifecycle, ASurplusShutdownOnlyCounts)

@@ -44,10 +44,10 @@ public:
 /// Decides which one of the process's playback and recording devices holds the one active-device slot.
 ///
 /// Threading: takes no lock, so calls are made one at a time, but for one overlap: while an ActivateDevice is
-/// in progress (its thread waits for a holder to let go, or a device's Preempt calls back) another call may be
-/// made. It finds that call's device pending: activating the same device returns true at once; activating
-/// another, of the holder's priority value or a smaller one, puts that device in the pending place and returns
-/// false, and the call in progress then hands over to it.
+/// in progress (its thread waits for a holder to let go, or a device's Preempt calls back) another call may
+/// be made. It finds that call's device pending: activating the same device returns true at once; activating
+/// another, of the holder's priority value or a smaller one, puts that device in the pending place and
+/// returns false, and the call in progress then hands over to it.
 class KIO_EXPORT PreemptionManager final : public virtual kiocore::classref::UnknownBase {
 public:
     static const CFUUIDBytes& InterfaceID(); // 0D59AA44-1B43-4C85-9E7C-A4608D16C76B

@@ -4,6 +4,10 @@
 #include "XMLFileClasses.h"
 
 #include <kiocore/debug/Trace.h>
+#include <kiocore/filesupport/NativePath.h>
+
+#include <atomic>
+#include <utility>
 
 namespace BE {
 
@@ -12,6 +16,9 @@ using kiocore::classref::UnknownBase;
 using kiocore::filesupport::Durability;
 
 const ImmutableString kPrefsMediaCacheFilesSideBySide("BE.Prefs.MediaCacheFilesSideBySide");
+const ImmutableString
+    kPrefsEnableExtendedDynamicRangeMonitoring("BE.Prefs.EnableExtendedDynamicRangeMonitoring");
+const ImmutableString kPrefsEnableDisplayColorManagement("BE.Prefs.EnableDisplayColorManagement");
 
 IProperties::~IProperties() = default;
 const CFUUIDBytes& IProperties::InterfaceID()
@@ -59,7 +66,7 @@ public:
     bool GetBool(const ImmutableString& inKey, bool inDefault) const override
     {
         KIO_HOST_CALL("BE::IProperties::GetBool", inKey);
-        return Store().GetBool(inKey, inDefault);
+        return Store().FindBool(inKey).value_or(inDefault);
     }
     void SetBool(const ImmutableString& inKey, bool inValue) override
     {
@@ -69,7 +76,7 @@ public:
     UTF16String GetText(const ImmutableString& inKey, const UTF16String& inDefault) const override
     {
         KIO_HOST_CALL("BE::IProperties::GetText", inKey);
-        return Store().GetText(inKey, inDefault);
+        return Store().FindText(inKey).value_or(inDefault);
     }
     void SetText(const ImmutableString& inKey, const UTF16String& inValue) override
     {
@@ -80,6 +87,16 @@ public:
     {
         KIO_HOST_CALL("BE::IProperties::Remove", inKey);
         Store().Remove(inKey);
+    }
+    int GetValue(const ImmutableString& inKey, std::string& outUTF8) const override
+    {
+        KIO_HOST_CALL("BE::IProperties::GetValue", inKey);
+        const auto text = Store().FindText(inKey);
+        if (!text) {
+            return -1;
+        }
+        kiocore::filesupport::ToNative(*text, outUTF8);
+        return 0;
     }
 };
 
@@ -124,6 +141,16 @@ public:
     {
         KIO_HOST_CALL("BE::IPreferences::GetRecordMemoryBudget");
         return Store().GetRecordMemoryBudget();
+    }
+    int GetValue(const ImmutableString& inKey, SerializeableValue<bool>& ioValue) const override
+    {
+        KIO_HOST_CALL("BE::IPreferences::GetValue", inKey);
+        const auto value = Store().FindBool(inKey);
+        if (!value) {
+            return -1;
+        }
+        ioValue.Set(*value);
+        return 0;
     }
 
     void SetMediaCacheDatabaseFolder(const UTF16String& inFolder) override
@@ -183,6 +210,7 @@ private:
 };
 
 int sInitialized = 0; // the caller serialises Initialize and Shutdown
+std::atomic<const InterfaceRef<IBackend>*> sReplacement{nullptr};
 
 } // namespace
 
@@ -204,9 +232,24 @@ void Shutdown()
 
 InterfaceRef<IBackend> GetBackend()
 {
+    if (const auto* replacement = sReplacement.load(std::memory_order_acquire)) {
+        return *replacement;
+    }
     // Never destroyed: objects that go at exit may still ask.
     static const auto* backend = new InterfaceRef<IBackend>(MakeObject<Backend>());
     return *backend;
+}
+
+ScReplaceBackend::ScReplaceBackend(InterfaceRef<IBackend> inBackend)
+    : mBackend(std::move(inBackend)), mPrevious(sReplacement.exchange(&mBackend))
+{
+    Store().CountChange();
+}
+
+ScReplaceBackend::~ScReplaceBackend()
+{
+    sReplacement = mPrevious;
+    Store().CountChange();
 }
 
 std::uint32_t GetPreferencesChangeCount()

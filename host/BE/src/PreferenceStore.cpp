@@ -118,13 +118,14 @@ void PreferenceStore::SetRecordMemoryBudget(std::uint64_t inBytes)
     }
 }
 
-bool PreferenceStore::GetBool(std::string_view inKey, bool inDefault) const
+std::optional<bool> PreferenceStore::FindBool(std::string_view inKey) const
 {
     std::lock_guard lock(mLock);
     const auto found = mSettings.properties.find(inKey);
-    return found != mSettings.properties.end() && found->second.type == StoredType::kBool
-               ? found->second.text == u"true"
-               : inDefault;
+    if (found == mSettings.properties.end() || found->second.type != StoredType::kBool) {
+        return std::nullopt;
+    }
+    return found->second.text == u"true";
 }
 
 void PreferenceStore::SetBool(std::string_view inKey, bool inValue)
@@ -132,13 +133,14 @@ void PreferenceStore::SetBool(std::string_view inKey, bool inValue)
     SetProperty(inKey, {StoredType::kBool, inValue ? u"true" : u"false"});
 }
 
-UTF16String PreferenceStore::GetText(std::string_view inKey, const UTF16String& inDefault) const
+std::optional<UTF16String> PreferenceStore::FindText(std::string_view inKey) const
 {
     std::lock_guard lock(mLock);
     const auto found = mSettings.properties.find(inKey);
-    return found != mSettings.properties.end() && found->second.type == StoredType::kString
-               ? found->second.text
-               : inDefault;
+    if (found == mSettings.properties.end() || found->second.type != StoredType::kString) {
+        return std::nullopt;
+    }
+    return found->second.text;
 }
 
 void PreferenceStore::SetText(std::string_view inKey, const UTF16String& inValue)

@@ -42,15 +42,17 @@ public:
     std::uint64_t GetRecordMemoryBudget() const;
     void SetRecordMemoryBudget(std::uint64_t inBytes);
 
-    bool GetBool(std::string_view inKey, bool inDefault) const;
+    /// Empty when it is not set, or set as another type.
+    std::optional<bool> FindBool(std::string_view inKey) const;
     void SetBool(std::string_view inKey, bool inValue);
-    UTF16String GetText(std::string_view inKey, const UTF16String& inDefault) const;
+    std::optional<UTF16String> FindText(std::string_view inKey) const;
     void SetText(std::string_view inKey, const UTF16String& inValue);
     void Remove(std::string_view inKey);
 
     int Load(const UTF16String& inFile);
     int Save();
 
+    void CountChange() { Changed(); }
     std::uint32_t ChangeCount() const { return mChangeCount.load(std::memory_order_acquire); }
 
 private:
@@ -76,7 +78,7 @@ private:
     static bool TakeKnown(StoredMap& ioValues, Settings& outSettings);
     static std::string AsDocument(const Settings& inSettings);
     void SetProperty(std::string_view inKey, Stored inValue);
-    /// Under mLock, after a change.
+    /// After a change, before its lock is released.
     void Changed() { mChangeCount.fetch_add(1, std::memory_order_release); }
 
     mutable std::mutex mLock; // guards the settings and the default paths; never held across a file

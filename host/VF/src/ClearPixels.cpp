@@ -66,7 +66,8 @@ void ClearPixels(PixelFormat inFormat, const color::ColorSpace& inColorSpace, co
         const Pattern black = BlackOf(inFormat, inColorSpace.range == color::Range::kFull, index);
         std::byte* const first = ioPixels + plane.offset;
         for (std::uint64_t done = 0; done < plane.rowBytes; done += sizeof(black)) {
-            std::memcpy(first + done, black.data(), std::min<std::uint64_t>(sizeof(black), plane.rowBytes - done));
+            std::memcpy(first + done, black.data(),
+                        std::min<std::uint64_t>(sizeof(black), plane.rowBytes - done));
         }
         for (std::uint32_t row = 1; row < plane.rows; ++row) {
             std::memcpy(first + row * plane.rowBytes, first, plane.rowBytes);

@@ -12,7 +12,7 @@ namespace VF {
 namespace {
 
 constexpr std::align_val_t kAlignment{64};
-constexpr std::size_t kSmallBytes = 256 * 1024;      // the C library keeps these itself
+constexpr std::size_t kSmallBytes = 256 * 1024;       // the C library keeps these itself
 constexpr std::size_t kKeptBytes = 128 * 1024 * 1024; // four frames of 3840 x 2160 at 4 bytes a pixel
 
 struct KeptBlock {

@@ -1,222 +1,100 @@
 #include <VF/SharedVideoFrameCache.h>
 
 #include "FrameMemory.h"
+#include "FrameTable.h"
 
 #include <kiocore/debug/Trace.h>
-#include <kiocore/threads/RecursiveMutex.h>
 
 #include <algorithm>
 #include <atomic>
-#include <list>
-#include <map>
 #include <mutex>
-#include <optional>
-#include <unordered_map>
 #include <vector>
 
 namespace VF {
 namespace {
 
 using kiocore::Guid;
-using kiocore::threads::RecursiveMutex;
-using kiocore::threads::ScLock;
 
-constexpr std::size_t kShards = 16;
 constexpr std::uint64_t kUsualBudget = 512ull << 20;
-
-struct Entry {
-    Guid key;
-    MF::IVideoFrameRef frame;
-    std::uint64_t bytes;
-    std::uint64_t lastUse; // see Cache::mAdditions
-};
-using Entries = std::list<Entry>; // most recently used first
-
-/// Where an entry stands in the order in which entries go: the smallest goes first.
-struct Rank {
-    int retention;
-    std::uint64_t lastUse;
-    friend auto operator<=>(const Rank&, const Rank&) = default;
-};
-
-class alignas(64) Shard {
-public:
-    MF::IVideoFrameRef Find(const Guid& inKey, std::uint64_t inNow)
-    {
-        const ScLock lock(mLock);
-        const auto place = mPlaces.find(inKey);
-        if (place == mPlaces.end()) {
-            return {};
-        }
-        const auto [entries, entry] = place->second;
-        entry->lastUse = inNow;
-        if (entry != entries->begin()) {
-            entries->splice(entries->begin(), *entries, entry);
-        }
-        return entry->frame;
-    }
-
-    /// The key must be unknown.
-    void Insert(Entry inEntry, int inRetention)
-    {
-        const ScLock lock(mLock);
-        Entries& entries = mEntries[inRetention];
-        entries.push_front(std::move(inEntry));
-        mPlaces.emplace(entries.front().key, Place{&entries, entries.begin()});
-    }
-
-    std::optional<Entry> Remove(const Guid& inKey)
-    {
-        const ScLock lock(mLock);
-        const auto place = mPlaces.find(inKey);
-        if (place == mPlaces.end()) {
-            return {};
-        }
-        return RemoveAt(place);
-    }
-
-    /// The rank of the entry that would go first; nothing when there is none.
-    std::optional<Rank> Lowest()
-    {
-        const ScLock lock(mLock);
-        for (const auto& [retention, entries] : mEntries) {
-            if (!entries.empty()) {
-                return Rank{retention, entries.back().lastUse};
-            }
-        }
-        return {};
-    }
-
-    /// Removes the entry that would go first, whichever it is by now.
-    std::optional<Entry> RemoveLowest()
-    {
-        const ScLock lock(mLock);
-        for (auto& [retention, entries] : mEntries) {
-            if (!entries.empty()) {
-                return RemoveAt(mPlaces.find(entries.back().key));
-            }
-        }
-        return {};
-    }
-
-    std::uint64_t Count()
-    {
-        const ScLock lock(mLock);
-        return mPlaces.size();
-    }
-
-private:
-    struct Place {
-        Entries* entries;
-        Entries::iterator entry;
-    };
-    using Places = std::unordered_map<Guid, Place>;
-
-    Entry RemoveAt(Places::iterator inPlace)
-    {
-        const auto [entries, entry] = inPlace->second;
-        Entry removed = std::move(*entry);
-        mPlaces.erase(inPlace);
-        entries->erase(entry);
-        return removed;
-    }
-
-    RecursiveMutex mLock{"VF::SharedVideoFrameCache"}; // guards the members below
-    std::map<int, Entries> mEntries;                   // by retention
-    Places mPlaces;
-};
 
 class Cache {
 public:
-    MF::IVideoFrameRef Find(const Guid& inKey)
+    MF::IVideoFrameRef Find(const Guid& inKey) noexcept
     {
-        return ShardOf(inKey).Find(inKey, 2 * mAdditions.load(std::memory_order_relaxed) + 1);
+        return mTable.Find(inKey, 2 * mAdditions.load(std::memory_order_relaxed) + 1);
     }
+
+    // What is taken out is destroyed after the lock: a frame may be anyone's class.
 
     void Add(const Guid& inKey, const MF::IVideoFrameRef& inFrame, int inRetention)
     {
         const std::uint64_t bytes = inFrame->GetSizeBytes();
+        std::vector<FrameTable::EntryPtr> gone;
         const std::lock_guard lock(mChangeLock);
-        Drop(ShardOf(inKey).Remove(inKey));
-        if (bytes <= mBudget) {
-            const std::uint64_t now = 2 * mAdditions.fetch_add(1, std::memory_order_relaxed) + 2;
-            ShardOf(inKey).Insert({inKey, inFrame, bytes, now}, inRetention);
-            mBytes += bytes;
-            Shrink();
+        if (bytes > mBudget) {
+            Take(mTable.Remove(inKey), gone);
+            return;
         }
+        const std::uint64_t now = 2 * mAdditions.load(std::memory_order_relaxed) + 2;
+        mBytes += bytes;
+        Take(mTable.Insert(inKey, inFrame, inRetention, now), gone);
+        mAdditions.fetch_add(1, std::memory_order_relaxed);
+        Shrink(gone);
     }
 
     void Remove(const Guid& inKey)
     {
+        FrameTable::EntryPtr gone;
         const std::lock_guard lock(mChangeLock);
-        Drop(ShardOf(inKey).Remove(inKey));
+        gone = mTable.Remove(inKey);
+        mBytes -= gone ? gone->bytes : 0;
     }
 
     void Clear()
     {
+        std::vector<FrameTable::EntryPtr> gone;
         const std::lock_guard lock(mChangeLock);
-        for (Shard& shard : mShards) {
-            while (std::optional<Entry> entry = shard.RemoveLowest()) {
-                Drop(std::move(entry));
-            }
-        }
+        gone = mTable.RemoveAll();
+        mBytes = 0;
     }
 
     void SetBudget(std::uint64_t inBytes)
     {
+        std::vector<FrameTable::EntryPtr> gone;
         const std::lock_guard lock(mChangeLock);
         mBudget = inBytes;
-        Shrink();
+        Shrink(gone);
     }
 
     SharedVideoFrameCache::Statistics GetStatistics()
     {
         const std::lock_guard lock(mChangeLock);
-        SharedVideoFrameCache::Statistics statistics{mBytes, 0, mBudget};
-        for (Shard& shard : mShards) {
-            statistics.frames += shard.Count();
-        }
-        return statistics;
+        return {mBytes, mTable.Count(), mBudget};
     }
 
 private:
-    Shard& ShardOf(const Guid& inKey) { return mShards[inKey.AsBytes()[15] % kShards]; }
-
-    void Drop(std::optional<Entry> inEntry)
+    void Take(FrameTable::EntryPtr inEntry, std::vector<FrameTable::EntryPtr>& ioGone)
     {
         if (inEntry) {
             mBytes -= inEntry->bytes;
+            ioGone.push_back(std::move(inEntry));
         }
     }
 
-    void Shrink()
+    void Shrink(std::vector<FrameTable::EntryPtr>& ioGone)
     {
         while (mBytes > mBudget) {
-            Shard* poorest = nullptr;
-            std::optional<Rank> lowest;
-            for (Shard& shard : mShards) {
-                const std::optional<Rank> rank = shard.Lowest();
-                if (rank && (!lowest || *rank < *lowest)) {
-                    lowest = rank;
-                    poorest = &shard;
-                }
-            }
-            if (!poorest) {
-                return;
-            }
-            Drop(poorest->RemoveLowest());
+            Take(mTable.Remove(mTable.Lowest()->key), ioGone);
         }
     }
 
-    // Finding takes a shard's lock only. Whoever changes what there is also takes mChangeLock, before it.
-    std::mutex mChangeLock;
+    std::mutex mChangeLock; // for whoever changes what there is; finding does without
     std::uint64_t mBytes = 0;
     std::uint64_t mBudget = std::min(kUsualBudget, MachineMemoryBytes() / 8);
     // The time: twice the number of frames ever added, one more for uses since. It stands still between
-    // additions, so that threads which only find share nothing that is written; uses in the same shard keep
-    // their order all the same.
-    alignas(64) std::atomic<std::uint64_t> mAdditions{0};
-    Shard mShards[kShards];
+    // additions, so that threads which only find write nothing that others read.
+    std::atomic<std::uint64_t> mAdditions{0};
+    FrameTable mTable;
 };
 
 Cache& GetCache()

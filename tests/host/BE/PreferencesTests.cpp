@@ -90,6 +90,42 @@ TEST_F(PreferencesTest, PropertiesReadTheirDefaultUnlessSetAsThatType)
     EXPECT_EQ(mProperties->GetText(kKey, u"default"), u"default");
 }
 
+TEST_F(PreferencesTest, ValuesTellWhetherTheyAreSet)
+{
+    SerializeableValue<bool> value(true);
+    std::string text = "untouched";
+    EXPECT_LT(mPreferences->GetValue(kKey, value), 0);
+    EXPECT_LT(mProperties->GetValue(kKey, text), 0);
+    mProperties->SetBool(kKey, false);
+    EXPECT_EQ(mPreferences->GetValue(kKey, value), 0);
+    EXPECT_FALSE(value.Get());
+    EXPECT_LT(mProperties->GetValue(kKey, text), 0);
+    EXPECT_EQ(text, "untouched");
+    value.Set(true);
+    mProperties->SetText(kKey, u"/\u4E2D\xDCFF");
+    EXPECT_LT(mPreferences->GetValue(kKey, value), 0);
+    EXPECT_TRUE(value.Get());
+    EXPECT_EQ(mProperties->GetValue(kKey, text), 0);
+    EXPECT_EQ(text, "/\xE4\xB8\xAD\xFF");
+}
+
+TEST_F(PreferencesTest, AnotherBackEndStandsInForAsLongAsItLives)
+{
+    const auto usual = GetBackend();
+    const std::uint32_t before = GetPreferencesChangeCount();
+    {
+        const ScReplaceBackend none({});
+        EXPECT_FALSE(GetBackend());
+        {
+            const ScReplaceBackend again(usual);
+            EXPECT_EQ(GetBackend(), usual);
+        }
+        EXPECT_FALSE(GetBackend());
+        EXPECT_NE(GetPreferencesChangeCount(), before);
+    }
+    EXPECT_EQ(GetBackend(), usual);
+}
+
 TEST_F(PreferencesTest, SavedAndLoadedWithWhatThisBuildDoesNotKnow)
 {
     EXPECT_EQ(mPreferences->GetDurability(), Durability::kFile);

@@ -1,4 +1,6 @@
+#include <kiocore/serialization/Serializer.h>
 #include <kiomediatypes/TickTime.h>
+#include <kiomediatypes/TickTimeJSON.h>
 
 #include <kiocore/config/Errors.h>
 
@@ -13,9 +15,9 @@ using namespace kiomediatypes;
 
 TEST(TickTime, CountsOfEveryCommonRateComeBackExactly)
 {
-    const Rate kRates[] = {{24000, 1001},  {24, 1},    {25, 1},    {30000, 1001}, {30, 1},
-                           {48000, 1001},  {48, 1},    {50, 1},    {60000, 1001}, {60, 1},
-                           {120000, 1001}, {120, 1},   {44100, 1}, {48000, 1},    {88200, 1},
+    const Rate kRates[] = {{24000, 1001},  {24, 1},     {25, 1},    {30000, 1001}, {30, 1},
+                           {48000, 1001},  {48, 1},     {50, 1},    {60000, 1001}, {60, 1},
+                           {120000, 1001}, {120, 1},    {44100, 1}, {48000, 1},    {88200, 1},
                            {96000, 1},     {176400, 1}, {192000, 1}};
     for (const Rate rate : kRates) {
         SCOPED_TRACE(std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator));
@@ -75,6 +77,21 @@ TEST(TickTime, ArithmeticStopsAtTheEnds)
     EXPECT_EQ(TickTime().Ticks(), -101'606'400'000'000'000);
     EXPECT_EQ(TickTime(), TickTime::FromSeconds(-400000));
     EXPECT_EQ(TickTime().AsUTF8(), "unset");
+}
+
+TEST(TickTime, InJSONIsItsTicks)
+{
+    using Serializer = kiocore::serialization::Serializer<TickTime>;
+    for (std::int64_t ticks :
+         {std::numeric_limits<std::int64_t>::min(), TickTime::kUnsetTicks, std::int64_t(0),
+          std::int64_t(9'007'199'254'740'993), std::numeric_limits<std::int64_t>::max()}) {
+        const TickTime time = TickTime::FromTicks(ticks);
+        EXPECT_EQ(Serializer::ToUTF8String(time), std::to_string(ticks));
+        EXPECT_EQ(Serializer::FromUTF8String(std::to_string(ticks)), time);
+    }
+    for (const char* text : {"null", "\"0\"", "0.5", "{}", "9223372036854775808"}) {
+        EXPECT_THROW(Serializer::FromUTF8String(text), kiocore::serialization::bad_cast_exception) << text;
+    }
 }
 
 } // namespace

@@ -5,9 +5,11 @@
 
 namespace BE {
 
-/// Named values that the user may change, kept between runs. Unset ones read as the default given.
+/// Named values: of the back end, where the user may change them and they are kept between runs, and of a
+/// project item, which are kept in its project. Unset ones, and those set as another type, read as the
+/// default given.
 ///
-/// Threading: any thread.
+/// Threading: the back end's: any thread; an item's: as its project.
 class KIO_EXPORT IProperties : public virtual kiocore::classref::Unknown {
 public:
     static const CFUUIDBytes& InterfaceID();
@@ -18,14 +20,25 @@ public:
     virtual void SetText(const ImmutableString& inKey, const UTF16String& inValue) = 0;
     /// Back to unset.
     virtual void Remove(const ImmutableString& inKey) = 0;
+    /// A text in UTF-8. What a path holds of bytes that are no UTF-8 comes as those bytes
+    /// (kiocore::filesupport::ToNative), so that the path can be had back whole.
+    /// @return 0; negative, outUTF8 untouched, when no text is set under the key.
+    virtual int GetValue(const ImmutableString& inKey, std::string& outUTF8) const = 0;
 };
 
 /// Bool, default false: cache files lie beside the media they belong to where that folder can be written.
 extern KIO_EXPORT const ImmutableString
     kPrefsMediaCacheFilesSideBySide; // "BE.Prefs.MediaCacheFilesSideBySide"
+/// Bool: displays may show more than standard dynamic range. Who reads it knows the default.
+extern KIO_EXPORT const ImmutableString
+    kPrefsEnableExtendedDynamicRangeMonitoring; // "BE.Prefs.EnableExtendedDynamicRangeMonitoring"
+/// Bool, default true: pictures are converted to the display's colours.
+extern KIO_EXPORT const ImmutableString
+    kPrefsEnableDisplayColorManagement; // "BE.Prefs.EnableDisplayColorManagement"
 
-/// Folders and policies of the media cache. Each folder getter stores the path (with or without a trailing
-/// separator) and returns 0, or returns a negative number and leaves outFolder when there is none.
+/// The user's preferences: named switches, and folders and policies of the media cache. Each folder getter
+/// stores the path (with or without a trailing separator) and returns 0, or returns a negative number and
+/// leaves outFolder when there is none.
 ///
 /// Threading: any thread.
 class KIO_EXPORT IPreferences : public virtual kiocore::classref::Unknown {
@@ -44,6 +57,10 @@ public:
     virtual kiocore::filesupport::Durability GetDurability() const = 0;
     /// How many bytes of records the database may keep in memory.
     virtual std::uint64_t GetRecordMemoryBudget() const = 0;
+    /// A named switch, as IProperties::SetBool of the back end's properties sets it.
+    /// @param ioValue  holds the default; overwritten when the switch is set.
+    /// @return 0; negative when it is not set, or set as another type.
+    virtual int GetValue(const ImmutableString& inKey, SerializeableValue<bool>& ioValue) const = 0;
 
     /// An empty folder is back to the default.
     virtual void SetMediaCacheDatabaseFolder(const UTF16String& inFolder) = 0;
@@ -83,8 +100,26 @@ public:
 KIO_EXPORT void Initialize();
 KIO_EXPORT void Shutdown();
 
-/// Never empty, also before Initialize: the host sets preferences before it brings the library up.
+/// Never empty, also before Initialize: the host sets preferences before it brings the library up. Only a
+/// replacement may be.
 KIO_EXPORT InterfaceRef<IBackend> GetBackend();
+
+/// Puts another back end, or none, in place for as long as it lives: for hosts that keep preferences
+/// elsewhere, and for tests of how the library does without. Innermost counts.
+///
+/// Threading: made and destroyed while nobody else asks for the back end.
+class KIO_EXPORT ScReplaceBackend {
+public:
+    explicit ScReplaceBackend(InterfaceRef<IBackend> inBackend);
+    ~ScReplaceBackend();
+    ScReplaceBackend(const ScReplaceBackend&) = delete;
+    ScReplaceBackend& operator=(const ScReplaceBackend&) = delete;
+
+private:
+    const InterfaceRef<IBackend> mBackend;
+    const InterfaceRef<IBackend>* const mPrevious;
+};
+
 /// Changes whenever a preference or property does, so that callers on hot paths can keep what they read.
 /// One acquire load.
 KIO_EXPORT std::uint32_t GetPreferencesChangeCount();

@@ -54,8 +54,8 @@ public:
 struct FrameLayout {
     static constexpr int kMostPlanes = 3;
     struct Plane {
-        std::uint64_t offset = 0;   ///< of its first row, from the first of the frame
-        std::uint64_t rowBytes = 0; ///< from row to row
+        std::uint64_t offset = 0;    ///< of its first row, from the first of the frame
+        std::uint64_t rowBytes = 0;  ///< from row to row
         std::uint64_t usedBytes = 0; ///< of each row; the rest is padding
         std::uint32_t rows = 0;
     };

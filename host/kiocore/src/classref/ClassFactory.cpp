@@ -19,6 +19,14 @@ struct Registry {
     };
     std::mutex lock;
     std::map<utility::Guid, Class> classes;
+
+    /// Null when nobody registered the class.
+    ClassFactory::FactoryFunction FindFactory(const utility::Guid& inClassID)
+    {
+        std::lock_guard guard(lock);
+        const auto found = classes.find(inClassID);
+        return found != classes.end() ? found->second.factory : nullptr;
+    }
 };
 
 Registry& TheRegistry()
@@ -53,20 +61,29 @@ void ClassFactory::RegisterClass(const utility::Guid& inClassID, const char* inC
 InterfaceRef<UnknownBase> ClassFactory::CreateClassInstanceRef(const utility::Guid& inClassID)
 {
     KIO_HOST_CALL("kiocore::classref::ClassFactory::CreateClassInstanceRef", inClassID);
-    FactoryFunction factory = nullptr;
-    {
-        Registry& registry = TheRegistry();
-        std::lock_guard lock(registry.lock);
-        if (auto found = registry.classes.find(inClassID); found != registry.classes.end()) {
-            factory = found->second.factory;
-        }
-    }
+    const FactoryFunction factory = TheRegistry().FindFactory(inClassID);
     if (!factory) {
         throw kio_exception("No class is registered under " + inClassID.AsUTF8(), kError_ClassNotRegistered);
     }
     InterfaceRef<UnknownBase> object;
     factory(object);
     return object;
+}
+
+int ClassFactory::CreateInstanceRef(const utility::Guid& inClassID, InterfaceRef<UnknownBase>& outObject)
+{
+    KIO_HOST_CALL("kiocore::classref::ClassFactory::CreateInstanceRef", inClassID);
+    const FactoryFunction factory = TheRegistry().FindFactory(inClassID);
+    if (!factory) {
+        return -1;
+    }
+    InterfaceRef<UnknownBase> object;
+    factory(object);
+    if (!object) {
+        return -2;
+    }
+    outObject = std::move(object);
+    return 0;
 }
 
 bool ClassFactory::IsRegistered(const utility::Guid& inClassID)

@@ -7,7 +7,14 @@ namespace kiomediatypes::color {
 // Values are the code points of ITU-T H.273, which media files and libraries use too.
 
 enum class Primaries : std::uint8_t { kBT709 = 1, kBT601_625 = 5, kBT601_525 = 6, kBT2020 = 9, kP3D65 = 12 };
-enum class Transfer : std::uint8_t { kBT709 = 1, kLinear = 8, kSRGB = 13, kBT2020_10 = 14, kPQ = 16, kHLG = 18 };
+enum class Transfer : std::uint8_t {
+    kBT709 = 1,
+    kLinear = 8,
+    kSRGB = 13,
+    kBT2020_10 = 14,
+    kPQ = 16,
+    kHLG = 18
+};
 enum class Matrix : std::uint8_t { kBT709 = 1, kFCC = 4, kBT601_625 = 5, kBT601_525 = 6, kBT2020_NCL = 9 };
 enum class Range : std::uint8_t {
     kLimited, ///< Y 16 to 235, chroma 16 to 240 of 255, likewise at other depths

@@ -62,9 +62,9 @@ struct NamedPixelFormat {
     const char* name;
 };
 inline constexpr NamedPixelFormat kPixelFormats[] = {
-    {kPixelFormat_BGRA_4444_8u, "bgra8"},     {kPixelFormat_ARGB_4444_8u, "argb8"},
-    {kPixelFormat_BGRA_4444_16u, "bgra16"},   {kPixelFormat_BGRA_4444_32f, "bgra32f"},
-    {kPixelFormat_UYVY_422_8u, "uyvy"},       {kPixelFormat_V210_422_10u, "v210"},
+    {kPixelFormat_BGRA_4444_8u, "bgra8"},       {kPixelFormat_ARGB_4444_8u, "argb8"},
+    {kPixelFormat_BGRA_4444_16u, "bgra16"},     {kPixelFormat_BGRA_4444_32f, "bgra32f"},
+    {kPixelFormat_UYVY_422_8u, "uyvy"},         {kPixelFormat_V210_422_10u, "v210"},
     {kPixelFormat_YUV_420_8u_Planar, "yuv420"},
 };
 /// @return kPixelFormat_Any for a name that is none of them.

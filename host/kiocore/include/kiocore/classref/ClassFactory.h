@@ -4,6 +4,7 @@
 #include <kiocore/classref/InterfaceRef.h>
 #include <kiocore/utility/Guid.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,23 @@ public:
     {
         return CreateClassInstanceRef(inClassID);
     }
+    /// Makes an object if somebody registered the class.
+    /// @param outObject  set on success, untouched otherwise.
+    /// @return 0; negative when nobody registered the identifier, or the factory made nothing. What the
+    /// factory
+    ///     throws passes through.
+    static int CreateInstanceRef(const utility::Guid& inClassID, InterfaceRef<UnknownBase>& outObject);
     static bool IsRegistered(const utility::Guid& inClassID);
 };
+
+/// An interface's identifier as the class factory takes it, for classes that are found by what they
+/// implement.
+template <typename Interface>
+utility::Guid GuidOf()
+{
+    utility::Guid::Bytes bytes;
+    std::memcpy(bytes.data(), &Interface::InterfaceID(), bytes.size());
+    return utility::Guid(bytes);
+}
 
 } // namespace kiocore::classref

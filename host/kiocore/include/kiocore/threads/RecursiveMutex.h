@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kiocore/Export.h>
+#include <kiocore/debug/Trace.h>
 
 #include <pthread.h>
 
@@ -96,13 +97,17 @@ private:
 /// How long the library waits for its locks before the wait is reported.
 inline constexpr std::chrono::milliseconds kLockLimit{60000};
 
-/// Holds a RecursiveMutex for a scope.
+/// Holds a RecursiveMutex for a scope. One that is asked for by name shows on trace channel "Host".
 class ScLock {
 public:
     explicit ScLock(RecursiveMutex& inMutex, std::chrono::milliseconds inLimit = kLockLimit,
                     const char* inName = nullptr)
         : mMutex(inMutex)
     {
+        if (inName) {
+            KIO_HOST_CALL("kiocore::threads::RecursiveMutex::Lock", inName,
+                          static_cast<long long>(inLimit.count()));
+        }
         mMutex.Lock(inName, inLimit);
     }
     ~ScLock() { mMutex.Unlock(); }
