@@ -15,7 +15,7 @@ set(PROJECT_ROOMS
     PRQ kioappsupport kiomediatypes kioui_theme MF BE ZOL
     VF kioui kioscripting kioscripting_jsc
     TRFoundation TRFoundationUI
-    trhost_support trhost_media trhost_ui trhost)
+    trhost_support trhost_media trhost_devices trhost_ui trhost)
 
 function(_project_check_direction name)
     list(FIND PROJECT_ROOMS ${name} ours)

@@ -101,7 +101,7 @@ using Codes = std::array<int, 3>; // Y, Cb, Cr of 10 bits
 Codes CodesAt(const VF::IVideoFrameMemoryAccess& inPixels, unsigned inX, unsigned inY)
 {
     std::uint16_t bgra[4];
-    std::memcpy(bgra, inPixels.GetPixels() + inY * inPixels.GetRowBytes() + inX * 8, 8);
+    std::memcpy(bgra, inPixels.GetPixels() + inY * inPixels.GetRowBytes() + std::size_t{inX} * 8, 8);
     const double blue = bgra[0] / 65535.0;
     const double green = bgra[1] / 65535.0;
     const double red = bgra[2] / 65535.0;

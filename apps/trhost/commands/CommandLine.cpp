@@ -3,6 +3,7 @@
 #include "Completion.h"
 #include "Program.h"
 
+#include "../devices/MediaTime.h"
 #include "../support/Failure.h"
 #include "../support/Quantities.h"
 
@@ -28,9 +29,34 @@ constexpr const char* kExamples =
     "  trhost frame clip.mov --at 1.5s -o still.png  the picture on show at a time\n"
     "  trhost still ColorBars --size 1280x720 --format v210 -o bars.raw\n"
     "  trhost --state /tmp/try --json cache list   one JSON object a line\n"
+    "  trhost play clip.mov --from 1:05            hear its sound\n"
+    "  trhost record take1.wav                     until Ctrl-C\n"
     "  source <(trhost completion bash)\n"
     "\n"
     "Exit status: 0 done, 1 a negative answer (not found, stale, differs), 2 wrong usage, 3 failed.";
+
+constexpr const char* kScriptHelp =
+    "A script has one command a line; # begins a comment, \"...\" keeps blanks together:\n"
+    "  player NAME [media=FILE] [device=D | sink=wav:FILE [pace=no]] [key=N] [priority=N]\n"
+    "  recorder NAME [device=D] [rate=R] [channels=N] [key=N]\n"
+    "  activate NAME [priority=N] [key=N]   (open NAME is the same)\n"
+    "  record NAME [out=FILE]      stop NAME\n"
+    "  deactivate NAME             reset\n"
+    "  hold NAME                   release NAME\n"
+    "  destroy NAME                wait 200ms\n"
+    "  expect [not] CONDITION      await [not] CONDITION [within=2s]\n"
+    "A condition is active NAME|nobody, waiting NAME|nobody [for NAME], open NAME,\n"
+    "recording NAME, finished NAME or failed NAME.\n"
+    "\n"
+    "Example:\n"
+    "  player player1 device=null key=1\n"
+    "  recorder recorder1 device=null key=2\n"
+    "  activate player1\n"
+    "  record recorder1            # smaller priority: player1 is asked to let go\n"
+    "  expect active recorder1\n"
+    "  activate player1            # greater priority: replaces it without asking\n"
+    "  expect active player1\n"
+    "  expect recording recorder1";
 
 using Command = std::function<int(Context&)>;
 
@@ -45,9 +71,12 @@ public:
         AddGlobalOptions();
         AddIngest();
         AddCache();
+        AddAssets();
+        AddDisplay();
         AddPrefs();
         AddFrame();
         AddStill();
+        AddDevices();
         AddCompletion();
         LetOptionsStandAnywhere(mApp);
     }
@@ -245,16 +274,66 @@ private:
         return inCommand.add_flag("-n,--dry-run", outFlag, "Print what would be done and touch nothing");
     }
 
+    void AddAssets()
+    {
+        CLI::App& assets = *AddCommand(
+            mApp, "assets", "Convert lists of assets and apply their points to a project", nullptr);
+        assets.require_subcommand(1);
+        AddCommand(assets, "to-paths", "Read specifiers on standard input, print their paths", &AssetsToPaths)
+            ->footer("Example:\n  trhost assets from-project film.hproj | trhost assets to-paths");
+        AddCommand(assets, "from-paths", "Read paths on standard input, print specifiers without points",
+                   &AssetsFromPaths)
+            ->footer("Example:\n  echo '[\"/footage/a.mov\"]' | trhost assets from-paths");
+
+        CLI::App* fromProject =
+            AddCommand(assets, "from-project", "Print specifiers of a project's clips",
+                       [this](Context& ioContext) { return AssetsFromProject(ioContext, mProject); });
+        fromProject->add_option("file", mProject, "Project file (.hproj)")->required()->type_name("FILE");
+        fromProject->footer("Example:\n  trhost assets from-project film.hproj > points.json");
+
+        CLI::App* apply = AddCommand(assets, "apply",
+                                     "Read specifiers on standard input, set the points of a project's clips",
+                                     [this](Context& ioContext) { return AssetsApply(ioContext, mApply); });
+        apply->add_option("--project", mApply.project, "Project file (.hproj)")
+            ->required()
+            ->type_name("FILE");
+        apply->add_option("-o,--output", mApply.output, "Save the project here (default: where it was)")
+            ->type_name("FILE");
+        AddDryRun(*apply, mApply.dryRun);
+        apply->footer("A point that a specifier does not name is taken away. Times are ticks, 254016000000 a "
+                      "second.\n\nExample:\n"
+                      "  echo '[{\"Path\":\"/footage/a.mov\",\"InPoint\":0,\"OutPoint\":508032000000}]' |\n"
+                      "      trhost assets apply --project film.hproj --dry-run");
+
+        CLI::App* newProject =
+            AddCommand(assets, "new-project", "Make a project of media files; folders become bins",
+                       [this](Context& ioContext) { return AssetsNewProject(ioContext, mNewProject); });
+        newProject->add_option("file", mNewProject.project, "Project file (.hproj) to make")
+            ->required()
+            ->type_name("FILE");
+        newProject->add_option("media", mNewProject.media, "Media files, or folders to look for media in")
+            ->required()
+            ->type_name("MEDIA");
+        newProject->add_flag("--force", mNewProject.force, "Replace a file that is there");
+        newProject->footer("Example:\n  trhost assets new-project film.hproj ~/Footage ~/Music/theme.wav");
+    }
+
+    void AddDisplay()
+    {
+        AddCommand(mApp, "display", "Show what displays are told: ranges, filters, fill colour", &Display)
+            ->footer("Example:\n  trhost display --app-type 5");
+    }
+
     void AddPrefs()
     {
-        CLI::App& prefs =
-            *AddCommand(mApp, "prefs", "Show and change the preferences of the media cache", nullptr);
+        CLI::App& prefs = *AddCommand(mApp, "prefs", "Show and change the preferences", nullptr);
         prefs.require_subcommand(1);
         AddCommand(prefs, "show", "Print all preferences", &PrefsShow);
         CLI::App* set = AddCommand(prefs, "set", "Change one preference",
                                    [this](Context& ioContext) { return PrefsSet(ioContext, mPrefsSet); });
         set->add_option("key", mPrefsSet.key, "See prefs show")->required()->type_name("KEY");
-        set->add_option("value", mPrefsSet.value, "A folder; on or off; full, file or none; a size")
+        set->add_option("value", mPrefsSet.value,
+                        "A folder; on, off or default; full, file or none; a size; dark or light")
             ->required()
             ->type_name("VALUE");
     }
@@ -351,6 +430,77 @@ private:
         });
     }
 
+    void AddDevices()
+    {
+        CLI::App* play = AddCommand(mApp, "play", "Play the sound of a media file",
+                                    [this](Context& ioContext) { return PlaySound(ioContext, mPlay); });
+        play->add_option("media", mPlay.media, "Media file")->required()->type_name("MEDIA");
+        play->add_option("--stream", mPlay.stream, "This stream (default: the first with sound)")
+            ->check(CLI::NonNegativeNumber)
+            ->type_name("N");
+        CLI::Option* device =
+            play->add_option("--device", mPlay.device, "Audio device (default, null, hw:1,0 ...)")
+                ->type_name("DEVICE");
+        CLI::Option* sink = play->add_option("--sink", mPlay.sink, "Write to a WAVE file instead: wav:FILE")
+                                ->excludes(device)
+                                ->type_name("SINK");
+        AddTime(*play, "--from", mPlay.from, "Begin at this time: 12.5, 1:05.2, 200ms");
+        AddTime(*play, "--duration", mPlay.duration, "Play only so much");
+        AddSampleForm(*play, mPlay.format, "Of the sink's samples: s16, s24, f32 (default: as the media)")
+            ->needs(sink);
+        play->add_flag("--real-time", mPlay.realTime, "Let the sink take its time")->needs(sink);
+        play->add_flag("--force", mPlay.force, "Overwrite the sink's file")->needs(sink);
+
+        CLI::App* record = AddCommand(mApp, "record", "Record sound to a WAVE file, until Ctrl-C",
+                                      [this](Context& ioContext) { return RecordSound(ioContext, mRecord); });
+        record->add_option("file", mRecord.file, "WAVE file to make")->required()->type_name("FILE");
+        record->add_option("--device", mRecord.device, "Audio device (default, null, hw:1,0 ...)")
+            ->type_name("DEVICE");
+        AddTime(*record, "--duration", mRecord.duration, "Stop by itself: 90, 1:30, 500ms");
+        record->add_option("--rate", mRecord.rate, "Samples a second (48000)")
+            ->check(CLI::Range(8000, 384000))
+            ->type_name("HZ");
+        record->add_option("--channels", mRecord.channels, "1 to 64 (2)")
+            ->check(CLI::Range(1, 64))
+            ->type_name("N");
+        AddSampleForm(*record, mRecord.format, "Of the samples: s16, s24, f32 (s16)");
+        record->add_flag("--force", mRecord.force, "Overwrite the file");
+
+        CLI::App* devices =
+            AddCommand(mApp, "devices", "Run a script of players and recorders",
+                       [this](Context& ioContext) { return RunDevices(ioContext, mDevices); });
+        devices->add_option("script", mDevices.script, "Script, or - for standard input")
+            ->required()
+            ->type_name("SCRIPT");
+        devices->add_flag("--force", mDevices.force, "Let the script overwrite files");
+        devices->footer(kScriptHelp);
+    }
+
+    static void AddTime(CLI::App& inCommand, const char* inName,
+                        std::optional<std::chrono::nanoseconds>& outTime, const char* inDescription)
+    {
+        inCommand
+            .add_option_function<std::string>(
+                inName,
+                [inName, &outTime](const std::string& inText) {
+                    outTime = devices::ParseMediaTime(inText);
+                    if (!outTime) {
+                        throw CLI::ValidationError(inName, "found " + inText +
+                                                               ", expected a time such as 12.5, 1:05 or "
+                                                               "200ms");
+                    }
+                },
+                inDescription)
+            ->type_name("TIME");
+    }
+
+    static CLI::Option* AddSampleForm(CLI::App& inCommand, std::string& outForm, const char* inDescription)
+    {
+        return inCommand.add_option("--format", outForm, inDescription)
+            ->check(CLI::IsMember({"s16", "s24", "f32"}))
+            ->type_name("FORMAT");
+    }
+
     void AddCompletion()
     {
         CLI::App* completion = mApp.add_subcommand("completion", "Print a shell's completion script");
@@ -414,6 +564,12 @@ private:
     PrefsSetOptions mPrefsSet;
     FrameOptions mFrame;
     StillOptions mStill;
+    std::string mProject;
+    AssetsApplyOptions mApply;
+    NewProjectOptions mNewProject;
+    PlayOptions mPlay;
+    RecordOptions mRecord;
+    DevicesOptions mDevices;
     std::string mCompletionShell;
 };
 

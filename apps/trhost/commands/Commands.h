@@ -67,6 +67,26 @@ struct VerifyOptions {
 };
 int CacheVerify(Context& ioContext, const VerifyOptions& inOptions);
 
+/// Specifiers on standard input, their paths out; and the other way round.
+int AssetsToPaths(Context& ioContext);
+int AssetsFromPaths(Context& ioContext);
+/// Specifiers of a project's clips.
+int AssetsFromProject(Context& ioContext, const std::string& inProject);
+struct AssetsApplyOptions {
+    std::string project;
+    std::optional<std::string> output; ///< the project itself when absent
+    bool dryRun = false;
+};
+int AssetsApply(Context& ioContext, const AssetsApplyOptions& inOptions);
+struct NewProjectOptions {
+    std::string project;
+    std::vector<std::string> media;
+    bool force = false;
+};
+int AssetsNewProject(Context& ioContext, const NewProjectOptions& inOptions);
+
+int Display(Context& ioContext);
+
 int PrefsShow(Context& ioContext);
 struct PrefsSetOptions {
     std::string key;
@@ -89,5 +109,35 @@ struct StillOptions {
 };
 int WriteStill(Context& ioContext, const StillOptions& inOptions);
 int StillList(Context& ioContext);
+
+struct PlayOptions {
+    std::string media;
+    int stream = -1; ///< -1 = the first one with sound
+    std::string device = "default";
+    std::string sink; ///< "wav:FILE"; empty: the device
+    std::optional<std::chrono::nanoseconds> from;
+    std::optional<std::chrono::nanoseconds> duration;
+    std::string format; ///< of the sink: "s16", "s24", "f32"; empty: as the media has it
+    bool realTime = false;
+    bool force = false;
+};
+int PlaySound(Context& ioContext, const PlayOptions& inOptions);
+
+struct RecordOptions {
+    std::string file;
+    std::string device = "default";
+    std::optional<std::chrono::nanoseconds> duration;
+    int rate = 48000;
+    int channels = 2;
+    std::string format = "s16";
+    bool force = false;
+};
+int RecordSound(Context& ioContext, const RecordOptions& inOptions);
+
+struct DevicesOptions {
+    std::string script; ///< a file, or "-"
+    bool force = false;
+};
+int RunDevices(Context& ioContext, const DevicesOptions& inOptions);
 
 } // namespace trhost

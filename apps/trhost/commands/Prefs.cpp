@@ -1,9 +1,10 @@
-// Preferences of the media cache.
+// The user's preferences.
 #include "Commands.h"
 
 #include "../support/Failure.h"
 #include "../support/HostSession.h"
 #include "../support/Quantities.h"
+#include "../support/ThemePreference.h"
 
 #include <BE/Backend.h>
 #include <ZOL/PathUtils.h>
@@ -35,12 +36,23 @@ constexpr FolderPreference kFolders[] = {
      &BE::IPreferences::SetSecondMetadataCacheFolder},
     {"peak-folder", &BE::IPreferences::GetPeakFilesFolder, &BE::IPreferences::SetPeakFilesFolder},
 };
+/// Switches whose default depends on more than these preferences.
+struct SwitchPreference {
+    const char* key;
+    const BE::ImmutableString& stored;
+};
+const SwitchPreference kSwitches[] = {
+    {"extended-dynamic-range", BE::kPrefsEnableExtendedDynamicRangeMonitoring},
+    {"display-color-management", BE::kPrefsEnableDisplayColorManagement},
+};
+
+constexpr const char* kTheme = "theme";
 constexpr const char* kSideBySide = "side-by-side";
 constexpr const char* kDurability = "durability";
 constexpr const char* kMemoryBudget = "memory-budget";
 constexpr const char* kAllKeys =
     "database-folder, cache-folder, metadata-folder, metadata-folder-2, peak-folder, "
-    "side-by-side, durability, memory-budget";
+    "side-by-side, durability, memory-budget, extended-dynamic-range, display-color-management, theme";
 
 const char* NameOf(Durability inDurability)
 {
@@ -74,7 +86,7 @@ UTF16String FolderFrom(const PrefsSetOptions& inOptions)
     return ZOL::PathUtils::ToNormalizedPath(kiocore::filesupport::FromNative(folder.native()));
 }
 
-bool BoolFrom(const PrefsSetOptions& inOptions)
+bool BoolFrom(const PrefsSetOptions& inOptions, const char* inExpected)
 {
     if (inOptions.value == "on" || inOptions.value == "true" || inOptions.value == "yes") {
         return true;
@@ -82,11 +94,36 @@ bool BoolFrom(const PrefsSetOptions& inOptions)
     if (inOptions.value == "off" || inOptions.value == "false" || inOptions.value == "no") {
         return false;
     }
-    ThrowBadValue(inOptions, "on or off");
+    ThrowBadValue(inOptions, inExpected);
+}
+
+void SetSwitch(const SwitchPreference& inSwitch, const PrefsSetOptions& inOptions)
+{
+    const auto properties = BE::GetBackend()->GetProperties();
+    if (inOptions.value == "default") {
+        properties->Remove(inSwitch.stored);
+    } else {
+        properties->SetBool(inSwitch.stored, BoolFrom(inOptions, "on, off or default"));
+    }
+}
+
+UTF16String ShownSwitch(const SwitchPreference& inSwitch)
+{
+    BE::SerializeableValue<bool> value;
+    if (Preferences()->GetValue(inSwitch.stored, value) < 0) {
+        return u"default";
+    }
+    return value.Get() ? u"on" : u"off";
 }
 
 void Set(const PrefsSetOptions& inOptions)
 {
+    for (const SwitchPreference& one : kSwitches) {
+        if (inOptions.key == one.key) {
+            SetSwitch(one, inOptions);
+            return;
+        }
+    }
     for (const FolderPreference& folder : kFolders) {
         if (inOptions.key == folder.key) {
             (Preferences().Get()->*folder.set)(FolderFrom(inOptions));
@@ -94,7 +131,8 @@ void Set(const PrefsSetOptions& inOptions)
         }
     }
     if (inOptions.key == kSideBySide) {
-        BE::GetBackend()->GetProperties()->SetBool(BE::kPrefsMediaCacheFilesSideBySide, BoolFrom(inOptions));
+        BE::GetBackend()->GetProperties()->SetBool(BE::kPrefsMediaCacheFilesSideBySide,
+                                                   BoolFrom(inOptions, "on or off"));
     } else if (inOptions.key == kDurability) {
         for (Durability durability : {Durability::kFull, Durability::kFile, Durability::kNone}) {
             if (inOptions.value == NameOf(durability)) {
@@ -103,6 +141,10 @@ void Set(const PrefsSetOptions& inOptions)
             }
         }
         ThrowBadValue(inOptions, "full, file or none");
+    } else if (inOptions.key == kTheme) {
+        if (!SetThemePreference(inOptions.value)) {
+            ThrowBadValue(inOptions, "dark or light");
+        }
     } else if (inOptions.key == kMemoryBudget) {
         const auto bytes = ParseSize(inOptions.value);
         if (!bytes) {
@@ -134,6 +176,10 @@ int PrefsShow(Context& ioContext)
     ShowOne(ioContext, kSideBySide, sideBySide ? u"on" : u"off");
     ShowOne(ioContext, kDurability, ToUTF16(NameOf(Preferences()->GetDurability())));
     ShowOne(ioContext, kMemoryBudget, kiocore::utility::DecimalText(Preferences()->GetRecordMemoryBudget()));
+    for (const SwitchPreference& one : kSwitches) {
+        ShowOne(ioContext, one.key, ShownSwitch(one));
+    }
+    ShowOne(ioContext, kTheme, ToUTF16(GetThemePreference()));
     return kExit_Done;
 }
 

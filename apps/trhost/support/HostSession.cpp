@@ -4,9 +4,11 @@
 #include "CopyHandler.h"
 #include "DocumentIdentity.h"
 #include "Failure.h"
+#include "ThemePreference.h"
 
 #include <PRQ/ApplicationType.h>
 #include <TR/MediaAcceleratorDatabase.h>
+#include <TR/TRDisplaySettings.h>
 #include <TR/TRFoundation.h>
 #include <ZOL/DirectoryRegistry.h>
 #include <ZOL/File.h>
@@ -62,6 +64,8 @@ void HostSession::StartUp(const GlobalOptions& inOptions, const StateFolders& in
 
     TR::TRFoundation::Initialize();
     mLibraryIsUp = true;
+    ApplyThemePreference();
+    TR::RegisterTRDisplaySettingsClass();
     TR::TRFoundation::RegisterGetDocumentIDAndContentStateFromPathFunction(&ResolveDocument);
     for (const char16_t* key : {kKey_ConformedAudio, kKey_PeakFile, kKey_VideoIndex, kKey_MediaSummary}) {
         TR::MediaAcceleratorDatabase::RegisterAcceleratorHandler(key, CreateCopyHandler());

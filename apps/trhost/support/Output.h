@@ -27,6 +27,9 @@ public:
     void Note(kiocore::UTF16View inLine, const JsonLine& inObject);
     /// A line of an answer that has no form for programs.
     void Line(kiocore::UTF16View inLine);
+    /// An answer that is a JSON document, in one piece; whoever makes it asks IsJson whether it is to stand
+    /// on one line.
+    void Document(const std::string& inJson) { Write(inJson); }
     /// "trhost: ..." on standard error, always.
     void Error(kiocore::UTF16View inLine);
 

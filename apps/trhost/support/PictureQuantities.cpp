@@ -125,11 +125,11 @@ std::optional<MediaTime> ParseMediaTime(std::string_view inText)
         const auto frame = ParseWhole<std::int64_t>(number);
         return frame ? std::optional(MediaTime{TickTime::Zero(), frame}) : std::nullopt;
     }
-    return timeOf(unit == "s"    ? ParseDecimal(number, 1)
-                  : unit == "ms" ? ParseDecimal(number, 1, 1000)
-                  : unit == "m"  ? ParseDecimal(number, 60)
-                  : unit == "h"  ? ParseDecimal(number, 3600)
-                                 : std::nullopt);
+    return timeOf(unit.empty() || unit == "s" ? ParseDecimal(number, 1)
+                  : unit == "ms"              ? ParseDecimal(number, 1, 1000)
+                  : unit == "m"               ? ParseDecimal(number, 60)
+                  : unit == "h"               ? ParseDecimal(number, 3600)
+                                              : std::nullopt);
 }
 
 } // namespace trhost

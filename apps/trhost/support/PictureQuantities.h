@@ -32,9 +32,8 @@ struct MediaTime {
 
     friend bool operator==(const MediaTime&, const MediaTime&) = default;
 };
-/// "1.5s", "1500ms", "2m", "00:00:01.5", "1:30", "36f". A number without unit is refused: it might mean
-/// seconds or frames. Decimal fractions are taken exactly. Empty when it is no time, or lies before the
-/// start.
+/// "1.5s", "1500ms", "2m", "00:00:01.5", "1:30", "36f"; numbers without a unit are seconds. Decimal fractions
+/// are taken exactly. Empty when it is no time, or lies before the start.
 std::optional<MediaTime> ParseMediaTime(std::string_view inText);
 
 } // namespace trhost

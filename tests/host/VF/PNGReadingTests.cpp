@@ -30,10 +30,10 @@ Pixel PixelAt(const IVideoFrameRef& inFrame, std::uint32_t inX, std::uint32_t in
     for (std::size_t channel = 0; channel < 4; ++channel) {
         if (inFrame->GetPixelFormat() == kPixelFormat_BGRA_4444_16u) {
             std::uint16_t value;
-            std::memcpy(&value, row + inX * 8 + channel * 2, 2);
+            std::memcpy(&value, row + std::size_t{inX} * 8 + channel * 2, 2);
             bgra[channel] = value;
         } else {
-            bgra[channel] = std::to_integer<std::uint32_t>(row[inX * 4 + channel]);
+            bgra[channel] = std::to_integer<std::uint32_t>(row[std::size_t{inX} * 4 + channel]);
         }
     }
     return {bgra[2], bgra[1], bgra[0], bgra[3]};
@@ -342,6 +342,8 @@ TEST(PNGReading, PutsUpWithWhatDoesNotTouchThePicture)
     for (int count = 0; count < 3000; ++count) {
         texts += Chunk("tEXt", std::string_view("a\0b", 3));
     }
+    std::string nineMegabytes;
+    nineMegabytes.assign(9'000'000, 'v');
     const struct {
         const char* name;
         std::string file;
@@ -349,14 +351,14 @@ TEST(PNGReading, PutsUpWithWhatDoesNotTouchThePicture)
         {"nothing odd", Parts().File()},
         {"anything behind the end", Parts().File() + "<html>"},
         {"each byte in a chunk of its own, empty ones between", Parts().Data(bytewise).File()},
-        {"a very large unknown chunk", Parts().BeforeData(Chunk("vpAg", std::string(9'000'000, 'v'))).File()},
+        {"a very large unknown chunk", Parts().BeforeData(Chunk("vpAg", nineMegabytes)).File()},
         {"very many texts", Parts().BeforeData(texts).AfterData(texts).File()},
         {"profile and gamma are nonsense",
          Parts()
              .BeforeData(Chunk("iCCP", "nothing") + Chunk("gAMA", BigEndian(0, 4)) + Chunk("cHRM", "1"))
              .File()},
         {"nonsense behind the data",
-         Parts().AfterData(Chunk("tIME", "1") + Chunk("vpAg", std::string(9'000'000, 'v'))).File()},
+         Parts().AfterData(Chunk("tIME", "1") + Chunk("vpAg", nineMegabytes)).File()},
         {"a transparent colour of the wrong length", Parts().BeforeData(Chunk("tRNS", "12345")).File()},
     };
     for (const auto& test : kCases) {

@@ -29,7 +29,7 @@ std::vector<std::uint16_t> MakeValues(std::uint32_t inPixels, bool inIs16, Alpha
 {
     std::mt19937 random(20);
     const std::uint16_t most = inIs16 ? 65535 : 255;
-    std::vector<std::uint16_t> values(inPixels * 4);
+    std::vector<std::uint16_t> values(std::size_t{inPixels} * 4);
     for (std::size_t at = 0; at < values.size(); ++at) {
         const bool isAlpha = at % 4 == 3;
         const bool isOpaque =
@@ -61,7 +61,7 @@ IVideoFrameRef MakeFrame(PixelFormat inFormat, std::uint32_t inWidth, std::uint3
         std::byte* const row = access->GetWritablePixels() + y * access->GetRowBytes();
         std::memset(row, 0, access->GetRowBytes()); // nothing that lies behind a row counts as a pixel
         for (std::size_t at = 0; at < inWidth * std::size_t{4}; ++at) {
-            const std::uint16_t value = inValues[y * inWidth * 4 + at];
+            const std::uint16_t value = inValues[std::size_t{y} * inWidth * 4 + at];
             std::memcpy(row + (at / 4 * 4 + OffsetOf(inFormat, at % 4)) * bytes, &value, bytes);
         }
     }

@@ -79,7 +79,8 @@ TEST(Frame, MatchesWhatFFmpegMakesOfRealFootage)
     const Workplace place;
     const std::string media = place.Media("yuv.mp4");
     WritePictures(media,
-                  "-vf noise=alls=20:allf=t -pix_fmt yuv420p -c:v libx264 -preset ultrafast -crf 18 -bf 2 -colorspace bt709 "
+                  "-vf noise=alls=20:allf=t -pix_fmt yuv420p -c:v libx264 -preset ultrafast -crf 18 -bf 2 "
+                  "-colorspace bt709 "
                   "-color_range tv",
                   "320x176");
     const std::string output = place.Root() / "out.png";
@@ -201,7 +202,7 @@ TEST(Frame, RefusesWithAReasonAndWritesNothing)
         {"planes in a raw file", {media, "--format", "yuv420", "-o", place.Root() / "out.raw"}, 2, "uyvy"},
         {"no such format", {media, "--format", "rgb", "-o", output}, 2, "bgra8, argb8"},
         {"a size of nothing", {media, "--size", "0x5", "-o", output}, 2, "1920x1080"},
-        {"a time without unit", {media, "--at", "1.5", "-o", output}, 2, "1.5s"},
+        {"a time of an unknown unit", {media, "--at", "1.5x", "-o", output}, 2, "1.5s"},
         {"sound only", {sound, "-o", output}, 1, "no video stream"},
         {"no such stream", {media, "--stream", "3", "-o", output}, 1, "stream 3"},
     };
