@@ -166,6 +166,47 @@ TEST(VideoReader, ShowsThePictureOfTheTime)
     }
 }
 
+TEST(VideoReader, ReadsNoMoreThanItMust)
+{
+    // It asks whether it is cancelled about twice for each packet, so questions tell how much was read.
+    const struct {
+        const char* name;
+        const char* file;
+        const char* options;
+        int most; // packets that one picture in the middle may take: its group, and the ways to find it
+    } kCases[] = {
+        {"with an index", "a.mp4", "-c:v libx264 -bf 2 -g 50", 80},
+        {"with key frames in the index only", "a.mkv", "-c:v libx264 -bf 2 -g 50", 80},
+        {"without index", "a.ts", "-c:v libx264 -x264-params open-gop=1:keyint=50:bframes=3", 220},
+        {"without index, HEVC", "b.ts", "-c:v libx265 -x265-params log-level=none:open-gop=1:keyint=50", 220},
+    };
+    constexpr int kCount = 1000;
+    for (const auto& test : kCases) {
+        SCOPED_TRACE(test.name);
+        const support::TemporaryFolder folder;
+        const Path media = folder / test.file;
+        RunCommand(kFFmpeg + "-f lavfi -i testsrc2=s=96x64:r=25:d=40 -preset ultrafast " + test.options +
+                   " " + Quoted(media));
+        const std::vector<std::string> pictures = DecodedPictures(media, kPictureBytes);
+        ASSERT_EQ(pictures.size(), std::size_t(kCount));
+        const auto open = [&] { return Module().OpenVideo(media.string(), -1, NoCancel()); };
+        const CancelAt all(1'000'000);
+        const auto sequential = open();
+        for (int i = 0; i < kCount; i += 10) {
+            EXPECT_TRUE(Pixels(sequential->FrameAt(Frames(i + 0.5), all)) == pictures[std::size_t(i)]) << i;
+        }
+        const long perPacket = std::max(1L, all.Asked() / kCount);
+        EXPECT_LE(all.Asked(), 6 * kCount) << "going forward reads nothing twice";
+        // There and back.
+        const auto jumping = open();
+        for (const int i : {700, 640, 100, 549, 351, 900}) {
+            const CancelAt one(1'000'000);
+            EXPECT_TRUE(Pixels(jumping->FrameAt(Frames(i + 0.5), one)) == pictures[std::size_t(i)]) << i;
+            EXPECT_LE(one.Asked(), perPacket * test.most) << i;
+        }
+    }
+}
+
 TEST(VideoReader, FrameCountsMeetTheirPicturesHoweverCoarseTheClock)
 {
     const struct {
