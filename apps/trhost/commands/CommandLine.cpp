@@ -26,6 +26,8 @@ constexpr const char* kExamples =
     "  trhost cache find clip.mov --key PeakFile --up-to-date\n"
     "  trhost cache clean                          remove what belongs to media that changed or is gone\n"
     "  trhost cache prune --older-than 90d --max-size 50G --dry-run\n"
+    "  trhost frame clip.mov --at 1.5s -o still.png  the picture on show at a time\n"
+    "  trhost still ColorBars --size 1280x720 --format v210 -o bars.raw\n"
     "  trhost --state /tmp/try --json cache list   one JSON object a line\n"
     "  trhost play clip.mov --from 1:05            hear its sound\n"
     "  trhost record take1.wav                     until Ctrl-C\n"
@@ -72,6 +74,8 @@ public:
         AddAssets();
         AddDisplay();
         AddPrefs();
+        AddFrame();
+        AddStill();
         AddDevices();
         AddCompletion();
         LetOptionsStandAnywhere(mApp);
@@ -334,6 +338,98 @@ private:
             ->type_name("VALUE");
     }
 
+    /// An option whose text must mean something.
+    /// @param inParse  gives an optional.
+    template <typename Parse, typename Take>
+    static CLI::Option* AddParsed(CLI::App& inCommand, const std::string& inNames, std::string inExpected,
+                                  const std::string& inDescription, Parse inParse, Take inTake)
+    {
+        const std::string name = inNames.substr(inNames.find("--"));
+        return inCommand.add_option_function<std::string>(
+            inNames,
+            [=](const std::string& inText) {
+                const auto value = inParse(inText);
+                if (!value) {
+                    throw CLI::ValidationError(name, "found " + inText + ", expected " + inExpected);
+                }
+                inTake(*value);
+            },
+            inDescription);
+    }
+
+    static void AddFrameForm(CLI::App& inCommand, FrameForm& outForm, const char* inUsualSize)
+    {
+        inCommand.add_option("-o,--output", outForm.output, "File to write: .png or .raw; replaced if there")
+            ->required()
+            ->type_name("FILE");
+        AddParsed(inCommand, "--size", "a size such as 1920x1080, sides up to 65535", inUsualSize,
+                  &ParsePictureSize, [&outForm](PictureSize inSize) { outForm.size = inSize; })
+            ->type_name("WxH");
+        std::string names;
+        for (const kiomediatypes::NamedPixelFormat& format : kiomediatypes::kPixelFormats) {
+            names += std::string(names.empty() ? "" : ", ") + format.name;
+        }
+        const auto formatNamed = [](const std::string& inName) -> std::optional<kiomediatypes::PixelFormat> {
+            const auto format = kiomediatypes::PixelFormatNamed(inName);
+            return format == kiomediatypes::kPixelFormat_Any ? std::nullopt : std::optional(format);
+        };
+        const std::string description = "Pixel format: " + names;
+        AddParsed(inCommand, "--format", "one of " + names, description, formatNamed,
+                  [&outForm](kiomediatypes::PixelFormat inFormat) { outForm.format = inFormat; })
+            ->type_name("FORMAT");
+        AddParsed(inCommand, "--par", "a ratio such as 16:15", "Width of a pixel to its height",
+                  &ParsePixelAspectRatio,
+                  [&outForm](kiomediatypes::PixelAspectRatio inRatio) { outForm.pixelAspectRatio = inRatio; })
+            ->type_name("N:D");
+        AddParsed(inCommand, "--quality", "draft, medium or high",
+                  "How it is scaled: draft, medium, high (default)", &ParseRenderQuality,
+                  [&outForm](kiomediatypes::RenderQuality inQuality) { outForm.quality = inQuality; })
+            ->type_name("QUALITY");
+    }
+
+    void AddFrame()
+    {
+        CLI::App* command = AddCommand(mApp, "frame", "Write the picture of media that is on show at a time",
+                                       [this](Context& ioContext) { return Frame(ioContext, mFrame); });
+        command->add_option("media", mFrame.media, "Media file")->required()->type_name("MEDIA");
+        AddParsed(*command, "--at", "a time such as 1.5s, 1500ms, 00:00:01.5, or a frame such as 36f",
+                  "Time from the start: 1.5s, 1500ms, 00:00:01.5, or frame: 36f (default: 0s)",
+                  &ParseMediaTime, [this](const MediaTime& inTime) { mFrame.at = inTime; })
+            ->type_name("TIME");
+        command->add_option("--stream", mFrame.stream, "Number of the video stream (default: the first)")
+            ->check(CLI::NonNegativeNumber)
+            ->type_name("N");
+        command->add_flag("--strict", mFrame.strict,
+                          "Fail when the media is offline (default: write the still for that)");
+        AddFrameForm(*command, mFrame.form, "Scale to this size (default: the picture's own)");
+        command->footer("Example: trhost frame clip.mov --at 00:00:01.5 --size 960x540 -o still.png");
+    }
+
+    void AddStill()
+    {
+        CLI::App* still = mApp.add_subcommand("still", "Write a built-in still picture, or list them");
+        still->add_option("still", mStill.image, "Its number or name")->type_name("ID|NAME");
+        AddFrameForm(*still, mStill.form, "Its size (default: 1920x1080)");
+        still->footer("Example: trhost still MediaOffline --size 640x360 -o offline.png");
+        CLI::App* list =
+            AddCommand(*still, "list", "Print number, name, resource and size of all", &StillList);
+        // Options that a still needs are not asked of the list.
+        CLI::Option* const output = still->get_option("--output");
+        output->required(false);
+        still->final_callback([this, still, list, output] {
+            if (list->parsed()) {
+                return;
+            }
+            if (mStill.image.empty()) {
+                throw CLI::RequiredError("still ID or NAME, or list,");
+            }
+            if (output->count() == 0) {
+                throw CLI::RequiredError(still->get_name() + ": --output");
+            }
+            mCommand = [this](Context& ioContext) { return WriteStill(ioContext, mStill); };
+        });
+    }
+
     void AddDevices()
     {
         CLI::App* play = AddCommand(mApp, "play", "Play the sound of a media file",
@@ -466,6 +562,8 @@ private:
     PruneOptions mPrune;
     VerifyOptions mVerify;
     PrefsSetOptions mPrefsSet;
+    FrameOptions mFrame;
+    StillOptions mStill;
     std::string mProject;
     AssetsApplyOptions mApply;
     NewProjectOptions mNewProject;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../support/Context.h"
+#include "../support/FrameOutput.h"
 
 #include <chrono>
 #include <cstdint>
@@ -92,6 +93,22 @@ struct PrefsSetOptions {
     std::string value;
 };
 int PrefsSet(Context& ioContext, const PrefsSetOptions& inOptions);
+
+struct FrameOptions {
+    std::string media;
+    MediaTime at;
+    std::optional<int> stream;
+    bool strict = false; ///< fail instead of writing the still for media that is offline
+    FrameForm form;
+};
+int Frame(Context& ioContext, const FrameOptions& inOptions);
+
+struct StillOptions {
+    std::string image; ///< its number or name
+    FrameForm form;
+};
+int WriteStill(Context& ioContext, const StillOptions& inOptions);
+int StillList(Context& ioContext);
 
 struct PlayOptions {
     std::string media;

@@ -121,13 +121,19 @@ public:
 
     virtual const StreamInfo& Stream() const = 0;
     /// The picture on show at a time from the start of the file: the last one that starts at or before it.
-    /// Before the first picture it is the first, from the end on the last. Asking for later times one after
-    /// the other decodes every picture once.
-    /// @return a frame of the stream's own size, pixel aspect ratio and colour space, in the format that
-    ///     keeps most of it: yuv420 and uyvy for 8-bit 4:2:0 and 4:2:2, v210 for 10-bit 4:2:2, RGB formats as
-    ///     they are; others are converted to one of at least their depth. Never empty; not shared yet.
-    /// @throws kio_exception: kError_Cancelled; kMediaError_NothingDecoded when there is no picture at all.
-    /// @throws file_exception when reading failed.
+    /// Before the first picture it is the first, from the end on the last. Where the container's clock is too
+    /// coarse for the frame rate, a time counts as that of a picture which it misses by half a tick of that
+    /// clock, so that frame n is found at n / rate.
+    /// Asking for later times one after the other decodes every picture once, as long as they are less than
+    /// ten seconds apart or the container has an index.
+    /// @return a frame of the picture's own size, pixel aspect ratio and colour space, upright, in the format
+    ///     that keeps most of it: yuv420 and uyvy for 8-bit 4:2:0 and 4:2:2, v210 for 10-bit 4:2:2, bgra8 for
+    ///     8-bit RGB; all others become bgra16 (bgra32f of floats). Chroma lies where our formats have it.
+    ///     Never empty; not shared yet.
+    /// @throws kio_exception: kError_Cancelled; kMediaError_NothingDecoded when there is no picture at all,
+    /// or
+    ///     none that a frame can hold.
+    /// @throws file_exception when reading failed. The reader stays usable.
     virtual MF::IVideoFrameRef FrameAt(kiomediatypes::TickTime inTime, const ICancel& inCancel) = 0;
 };
 

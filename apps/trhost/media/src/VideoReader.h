@@ -9,6 +9,6 @@ namespace trhost::media {
 
 /// @throws as IMediaModule::OpenVideo.
 std::unique_ptr<IVideoReader> OpenVideoReader(const std::string& inNativePath, int inStreamIndex,
-                                            const ICancel& inCancel);
+                                              const ICancel& inCancel);
 
 } // namespace trhost::media
