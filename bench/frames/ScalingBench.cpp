@@ -61,8 +61,8 @@ struct Pixels {
     std::size_t rowBytes;
 };
 
-/// Grey waves of many lengths, the same at each size; none is shorter than a tenth of a pixel of the smallest
-/// picture. Level at the edges, where pictures are mirrored.
+/// Grey waves of many lengths, the same at each size; none is shorter than ten pixels of the smaller picture.
+/// Level at the edges, where pictures are mirrored.
 class Waves {
 public:
     explicit Waves(Size inSize, double inFinestPixels)
