@@ -14,8 +14,6 @@ namespace VF {
 namespace HWY_NAMESPACE {
 namespace {
 
-using kiomediatypes::PixelFormat;
-
 const hn::Rebind<std::uint8_t, FloatTag> kBytesOfFloats{};
 const hn::Rebind<std::uint16_t, FloatTag> kShortsOfFloats{};
 const hn::Rebind<std::uint8_t, ShortTag> kBytesOfShorts{};
@@ -186,8 +184,8 @@ HWY_INLINE void ConvertRow(const std::uint8_t* inRow, std::uint8_t* outRow, std:
         Conversion::template Step<kStream>(inRow + i * kFrom, outRow + i * kTo);
     }
     if (whole < inCount) {
-        HWY_ALIGN std::uint8_t last[HWY_MAX_BYTES] = {};
-        HWY_ALIGN std::uint8_t converted[HWY_MAX_BYTES];
+        HWY_ALIGN std::uint8_t last[kMostBytes] = {};
+        HWY_ALIGN std::uint8_t converted[kMostBytes];
         std::memcpy(last, inRow + whole * kFrom, (inCount - whole) * kFrom);
         Conversion::template Step<false>(last, converted);
         std::memcpy(outRow + whole * kTo, converted, (inCount - whole) * kTo);

@@ -33,11 +33,12 @@ using Shorts = hn::Vec<ShortTag>;
 /// Pixels that are worked on in one go where codes lie in between: whole groups of v210, whole vectors of
 /// any width, and little enough to stay in the nearest cache.
 constexpr std::size_t kChunkPixels = 480;
-constexpr std::size_t kMostLanes = HWY_MAX_BYTES / sizeof(float); // of a float vector
-constexpr std::size_t kMostStep = 2 * kMostLanes;                 // pixels that one step does
+constexpr std::size_t kMostBytes = HWY_MAX_BYTES;              // of a vector
+constexpr std::size_t kMostLanes = kMostBytes / sizeof(float); // of a float vector
+constexpr std::size_t kMostStep = 2 * kMostLanes;              // pixels that one step does
 static_assert(kChunkPixels % 6 == 0);
 /// Codes of a chunk, Cb Y Cr Y for two pixels, and room for what a last vector does beyond.
-constexpr std::size_t kChunkCodes = 2 * kChunkPixels + 3 * HWY_MAX_BYTES;
+constexpr std::size_t kChunkCodes = 2 * kChunkPixels + 3 * kMostBytes;
 
 HWY_INLINE const std::uint32_t* WordsAt(const std::uint8_t* inBytes)
 {
@@ -92,7 +93,7 @@ HWY_INLINE void PackV210(const std::uint16_t* inCodes, std::size_t inGroups, std
         if (word + lanes <= words) {
             hn::StoreInterleaved2(low, high, d, ShortsAt(outBytes + 4 * word));
         } else {
-            HWY_ALIGN std::uint16_t last[2 * HWY_MAX_BYTES / sizeof(std::uint16_t)];
+            HWY_ALIGN std::uint16_t last[kMostBytes];
             hn::StoreInterleaved2(low, high, d, last);
             std::memcpy(outBytes + 4 * word, last, (words - word) * 4);
         }
@@ -110,7 +111,7 @@ HWY_INLINE void UnpackV210(const std::uint8_t* inBytes, std::size_t inGroups, st
         if (word + lanes <= words) {
             hn::LoadInterleaved2(d, ShortsAt(inBytes + 4 * word), low, high);
         } else {
-            HWY_ALIGN std::uint16_t last[2 * HWY_MAX_BYTES / sizeof(std::uint16_t)] = {};
+            HWY_ALIGN std::uint16_t last[kMostBytes] = {};
             std::memcpy(last, inBytes + 4 * word, (words - word) * 4);
             hn::LoadInterleaved2(d, last, low, high);
         }

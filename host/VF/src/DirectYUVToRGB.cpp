@@ -272,7 +272,6 @@ HWY_INLINE void GatherStep(const PlanarRows& inRows, std::uint16_t* outCodes)
 
 HWY_INLINE void GatherPlanar(const PlanarRows& inRows, std::size_t inPixels, std::uint16_t* outCodes)
 {
-    constexpr std::size_t kBytes = HWY_MAX_BYTES;
     const std::size_t lanes = hn::Lanes(ShortTag());
     const std::size_t pairs = (inPixels + 1) / 2;
     for (std::size_t pair = 0; pair < pairs; pair += lanes) {
@@ -282,7 +281,7 @@ HWY_INLINE void GatherPlanar(const PlanarRows& inRows, std::size_t inPixels, std
             GatherStep(rows, outCodes + 4 * pair);
             continue;
         }
-        HWY_ALIGN std::uint8_t last[5][kBytes] = {};
+        HWY_ALIGN std::uint8_t last[5][kMostBytes] = {};
         std::memcpy(last[0], rows.luma, inPixels - 2 * pair);
         std::memcpy(last[1], rows.nearCb, pairs - pair);
         std::memcpy(last[2], rows.farCb, pairs - pair);
