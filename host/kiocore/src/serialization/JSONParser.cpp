@@ -185,6 +185,9 @@ std::string ProblemOf(const boost::json::error_code& inError, std::string_view i
     using boost::json::error;
     const std::string_view rest = inText.substr(inAt);
     const std::string found = rest.empty() ? "the end of the text" : Quoted(rest.substr(0, rest.find('\n')));
+    if (inError == error::syntax && !rest.empty() && static_cast<unsigned char>(rest[0]) < 0x20) {
+        return "found the control character " + Quoted(rest.substr(0, 1)) + ", expected it escaped";
+    }
     if (inError == error::extra_data) {
         return "found " + found + " behind the end of the value, expected nothing";
     }
