@@ -71,18 +71,22 @@ Guid RecentImageCacheKey(const Form& inForm)
         Guid key;
         bool known;
     };
-    constexpr std::size_t kRecent = 64;
-    static thread_local Recent recent[kRecent];
+    static thread_local Recent recent[64][2]; // places; in each the newer one first
 
-    const std::uint64_t mixed = inForm.format ^ (inForm.format >> 32) ^
-                                (static_cast<std::uint64_t>(inForm.image) * 0x9E37 + inForm.width * 3u +
-                                 inForm.height * 5u + static_cast<std::uint32_t>(inForm.quality));
-    Recent& place = recent[(mixed * 0x9E3779B97F4A7C15ull) >> 58];
-    static_assert(kRecent == 1u << (64 - 58));
-    if (!place.known || !(place.form == inForm)) {
-        place = {inForm, MakeImageCacheKey(inForm), true};
+    const std::uint64_t mixed =
+        (inForm.format ^ (static_cast<std::uint64_t>(inForm.image) << 17)) * 0x9E3779B97F4A7C15ull ^
+        ((static_cast<std::uint64_t>(inForm.width) << 32 | inForm.height) +
+         static_cast<std::uint32_t>(inForm.quality)) *
+            0xD6E8FEB86659FD93ull;
+    Recent* const place = recent[mixed >> 58];
+    for (int age = 0; age < 2; ++age) {
+        if (place[age].known && place[age].form == inForm) {
+            return place[age].key;
+        }
     }
-    return place.key;
+    place[1] = place[0];
+    place[0] = {inForm, MakeImageCacheKey(inForm), true};
+    return place[0].key;
 }
 
 Guid MakeNaturalSizeKey(int inImage, std::uint32_t inWidth, std::uint32_t inHeight)

@@ -68,9 +68,10 @@ int RecordSound(Context& ioContext, const RecordOptions& inOptions)
     bar.Hide();
     // Completes what was recorded until now, also when the user wants no more of it.
     const bool wasStopped = !recorded && !failure;
-    std::int64_t frames = recorder->RecordedFrames();
     recorder->Stop();
-    session.Devices().Deactivate(recorder->Runner().Proxy());
+    session.RunUntil([&] { return !recorder->IsRecording(); }, std::chrono::steady_clock::time_point::max(),
+                     DeviceSession::OnInterrupt::kGoOn);
+    const std::int64_t frames = recorder->RecordedFrames();
     const float peak = recorder->Peak();
     const int breaks = recorder->Breaks();
     recorder.reset();

@@ -33,7 +33,7 @@ void DeviceSession::Report()
 }
 
 bool DeviceSession::RunUntil(const std::function<bool()>& inDone,
-                             std::chrono::steady_clock::time_point inDeadline)
+                             std::chrono::steady_clock::time_point inDeadline, OnInterrupt inOnInterrupt)
 {
     auto& clock = kiocore::threads::GetClock();
     for (;;) {
@@ -43,7 +43,7 @@ bool DeviceSession::RunUntil(const std::function<bool()>& inDone,
         if (done) {
             return true;
         }
-        if (IsInterrupted() || clock.SteadyTime() >= inDeadline) {
+        if ((inOnInterrupt == OnInterrupt::kReturn && IsInterrupted()) || clock.SteadyTime() >= inDeadline) {
             return false;
         }
         // The main thread sleeps by the system's clock, whichever clock is in use here.

@@ -23,13 +23,16 @@ public:
     /// Called with each event, on the main thread, from within the members below.
     void OnEvent(std::function<void(const DeviceEvent&)> inFunction) { mOnEvent = std::move(inFunction); }
 
+    enum class OnInterrupt { kReturn, kGoOn };
     /// Runs the main thread until inDone says so, the deadline has passed or the user interrupts. Asks again
     /// after each event, and at least every 50 ms. Tells the user whom a request has waited for too long.
-    /// @param inDeadline  on the clock in use.
+    /// @param inDeadline     on the clock in use.
+    /// @param inOnInterrupt  kGoOn: for what must be brought to its end; a second Ctrl-C ends the process.
     /// @return whether inDone said so.
     bool
     RunUntil(const std::function<bool()>& inDone,
-             std::chrono::steady_clock::time_point inDeadline = std::chrono::steady_clock::time_point::max());
+             std::chrono::steady_clock::time_point inDeadline = std::chrono::steady_clock::time_point::max(),
+             OnInterrupt inOnInterrupt = OnInterrupt::kReturn);
     /// Hands on the events that have come by now.
     void Report();
 

@@ -87,6 +87,7 @@ bool BoxReduction::SumRows(int inFirstPlane, int inEndPlane, const Span& inRows,
 {
     // A float's sum of integers is exact up to 2^24, so rows are summed in blocks of as many as words allow.
     constexpr std::uint32_t kBlockRows = 256;
+    const bool blocks = inRows.count > kBlockRows;
     RowPlanes samples;
     const int planes = inAlphaKept ? 4 : 3;
     for (int plane = 0; plane < planes; ++plane) {
@@ -96,10 +97,9 @@ bool BoxReduction::SumRows(int inFirstPlane, int inEndPlane, const Span& inRows,
         samples.planes[plane] = ioWorkspace.samples[plane].data();
         if (plane >= inFirstPlane && plane < inEndPlane) {
             std::fill(ioWorkspace.sums[plane].begin(), ioWorkspace.sums[plane].end(), 0.0f);
-            ioWorkspace.block[plane].assign(mPicture.width + 1, 0.0f);
+            ioWorkspace.block[plane].assign(blocks ? mPicture.width + 1 : 0, 0.0f);
         }
     }
-    const float divisor = mPremultiplied ? FullSample(mForm.type) : 1.0f;
     for (std::uint32_t index = 0; index < inRows.count; ++index) {
         if (!UnpackRow(mPicture, (inRows.first + index) * inRowsStep, inLeft, inRight, samples)) {
             return false;
@@ -111,16 +111,22 @@ bool BoxReduction::SumRows(int inFirstPlane, int inEndPlane, const Span& inRows,
             const unsigned shift = IsChroma(plane) ? mForm.chromaShiftX : 0;
             const std::size_t left = inLeft >> shift;
             const std::size_t count = ((inRight + shift) >> shift) - left;
-            float* const floats = ioWorkspace.floats[plane].data() + left;
-            ToFloats(mForm.type, samples.planes[plane] + left * SampleBytes(mForm.type), count, divisor,
-                     floats);
-            if (mPremultiplied && plane < 3) {
-                Premultiply(floats, ioWorkspace.floats[3].data() + left, count);
+            const std::byte* const row = samples.planes[plane] + left * SampleBytes(mForm.type);
+            float* const sums = ioWorkspace.sums[plane].data() + left;
+            float* const block = blocks ? ioWorkspace.block[plane].data() + left : sums;
+            if (mPremultiplied) {
+                float* const floats = ioWorkspace.floats[plane].data() + left;
+                ToFloats(mForm.type, row, count, FullSample(mForm.type), floats);
+                if (plane < 3) {
+                    Premultiply(floats, ioWorkspace.floats[3].data() + left, count);
+                }
+                Accumulate(block, SampleType::kFloat, reinterpret_cast<const std::byte*>(floats), weight,
+                           count);
+            } else {
+                Accumulate(block, mForm.type, row, weight, count);
             }
-            float* const block = ioWorkspace.block[plane].data() + left;
-            Accumulate(block, floats, weight, count);
-            if (index + 1 == inRows.count || index % kBlockRows == kBlockRows - 1) {
-                Accumulate(ioWorkspace.sums[plane].data() + left, block, 1.0f, count);
+            if (blocks && (index + 1 == inRows.count || index % kBlockRows == kBlockRows - 1)) {
+                Accumulate(sums, SampleType::kFloat, reinterpret_cast<const std::byte*>(block), 1.0f, count);
                 std::fill_n(block, count, 0.0f);
             }
         }
@@ -136,17 +142,19 @@ void BoxReduction::SumColumns(int inPlane, const Axis& inAxis, float inRowsLengt
         meaning = {0, 1};
     }
     const float* const sums = inWorkspace.sums[inPlane].data();
-    const double area = static_cast<double>(inAxis.length) * inRowsLength;
+    const double factor = 1 / (static_cast<double>(inAxis.length) * inRowsLength * meaning.scale);
+    const double offset = meaning.offset / static_cast<double>(meaning.scale);
+    const Span* const spans = inAxis.spans.data();
     for (std::uint32_t column = inLeft; column < inRight; ++column) {
-        const Span& span = inAxis.spans[column];
-        double sum = static_cast<double>(sums[span.first]) * span.firstWeight;
-        for (std::uint32_t index = 1; index + 1 < span.count; ++index) {
-            sum += sums[span.first + index];
+        const Span& span = spans[column];
+        const float* const first = sums + span.first;
+        const std::uint32_t last = span.count - 1; // whose weight is 0 when it is the first too
+        double sum = static_cast<double>(first[0]) * span.firstWeight +
+                     static_cast<double>(first[last]) * span.lastWeight;
+        for (std::uint32_t index = 1; index < last; ++index) {
+            sum += first[index];
         }
-        if (span.count > 1) {
-            sum += static_cast<double>(sums[span.first + span.count - 1]) * span.lastWeight;
-        }
-        outRow[column] = static_cast<float>((sum / area - meaning.offset) / meaning.scale);
+        outRow[column] = static_cast<float>(sum * factor - offset);
     }
 }
 

@@ -37,8 +37,7 @@ bool HasDirectConversion(const SourcePicture& inSource, const DestinationPicture
     if (IsRGB(inSource.format) && IsPackedYUV(inDestination.format)) {
         return IsKnownMatrix(inDestination.colorSpace.matrix);
     }
-    return IsPackedYUV(inSource.format) && IsRGB(inDestination.format) &&
-           IsKnownMatrix(inSource.colorSpace.matrix);
+    return IsYUV(inSource.format) && IsRGB(inDestination.format) && IsKnownMatrix(inSource.colorSpace.matrix);
 }
 
 void ConvertRowsDirectly(const SourcePicture& inSource, const DestinationPicture& inDestination,

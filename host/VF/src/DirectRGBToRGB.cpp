@@ -4,6 +4,7 @@
 #define HWY_TARGET_INCLUDE "DirectRGBToRGB.cpp"
 #include <hwy/foreach_target.h>
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "DirectRows-inl.h"
@@ -30,12 +31,24 @@ HWY_INLINE V Ordered(D inTag, V inComponents)
     }
 }
 
+/// Writes a vector; past the caches where it is aligned and much that will not be read soon.
+template <bool kStream, class D, class V>
+HWY_INLINE void Put(V inValue, D inTag, hn::TFromD<D>* outAt)
+{
+    if constexpr (kStream) {
+        hn::Stream(inValue, inTag, outAt);
+    } else {
+        hn::StoreU(inValue, inTag, outAt);
+    }
+}
+
 // Each step converts kLanes() components, always whole pixels.
 
 struct Swap8 {
     static constexpr std::size_t kFromBytes = 1;
     static constexpr std::size_t kToBytes = 1;
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(ByteTag()); }
+    template <bool kStream>
     static HWY_INLINE void Step(const std::uint8_t* in, std::uint8_t* out)
     {
         const WordTag d;
@@ -51,11 +64,12 @@ struct From8To16 {
     static constexpr std::size_t kFromBytes = 1;
     static constexpr std::size_t kToBytes = 2;
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(ShortTag()); }
+    template <bool kStream>
     static HWY_INLINE void Step(const std::uint8_t* in, std::uint8_t* out)
     {
         const ShortTag d;
         const Shorts value = Ordered<kSwap>(d, hn::PromoteTo(d, hn::LoadU(kBytesOfShorts, in)));
-        hn::StoreU(hn::Or(value, hn::ShiftLeft<8>(value)), d, ShortsAt(out)); // times 257
+        Put<kStream>(hn::Or(value, hn::ShiftLeft<8>(value)), d, ShortsAt(out)); // times 257
     }
 };
 
@@ -64,6 +78,7 @@ struct From16To8 {
     static constexpr std::size_t kFromBytes = 2;
     static constexpr std::size_t kToBytes = 1;
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(ShortTag()); }
+    template <bool kStream>
     static HWY_INLINE void Step(const std::uint8_t* in, std::uint8_t* out)
     {
         const ShortTag d;
@@ -100,11 +115,12 @@ struct From8To32f {
     static constexpr std::size_t kFromBytes = 1;
     static constexpr std::size_t kToBytes = 4;
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(FloatTag()); }
+    template <bool kStream>
     static HWY_INLINE void Step(const std::uint8_t* in, std::uint8_t* out)
     {
         const FloatTag d;
         const auto whole = hn::PromoteTo(IntTag(), hn::LoadU(kBytesOfFloats, in));
-        hn::StoreU(Fraction8(hn::ConvertTo(d, Ordered<kSwap>(IntTag(), whole))), d, FloatsAt(out));
+        Put<kStream>(Fraction8(hn::ConvertTo(d, Ordered<kSwap>(IntTag(), whole))), d, FloatsAt(out));
     }
 };
 
@@ -112,11 +128,12 @@ struct From16To32f {
     static constexpr std::size_t kFromBytes = 2;
     static constexpr std::size_t kToBytes = 4;
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(FloatTag()); }
+    template <bool kStream>
     static HWY_INLINE void Step(const std::uint8_t* in, std::uint8_t* out)
     {
         const FloatTag d;
         const auto whole = hn::PromoteTo(IntTag(), hn::LoadU(kShortsOfFloats, ShortsAt(in)));
-        hn::StoreU(Fraction16(hn::ConvertTo(d, whole)), d, FloatsAt(out));
+        Put<kStream>(Fraction16(hn::ConvertTo(d, whole)), d, FloatsAt(out));
     }
 };
 
@@ -134,6 +151,7 @@ struct From32fTo8 {
     static constexpr std::size_t kFromBytes = 4;
     static constexpr std::size_t kToBytes = 1;
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(FloatTag()); }
+    template <bool kStream>
     static HWY_INLINE void Step(const std::uint8_t* in, std::uint8_t* out)
     {
         const auto whole = Whole(hn::LoadU(FloatTag(), FloatsAt(in)), 255);
@@ -145,6 +163,7 @@ struct From32fTo16 {
     static constexpr std::size_t kFromBytes = 4;
     static constexpr std::size_t kToBytes = 2;
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(FloatTag()); }
+    template <bool kStream>
     static HWY_INLINE void Step(const std::uint8_t* in, std::uint8_t* out)
     {
         const auto whole = Whole(hn::LoadU(FloatTag(), FloatsAt(in)), 65535);
@@ -152,28 +171,47 @@ struct From32fTo16 {
     }
 };
 
-template <class Conversion>
-void Rows(const SourcePicture& inSource, const DestinationPicture& inDestination, std::uint32_t inFirstRow,
-          std::uint32_t inEndRow)
+/// Frames that grow beyond this are not in the caches any more when somebody reads them, and writing around
+/// the caches saves reading what is overwritten.
+constexpr std::size_t kStreamBytes = 8 << 20;
+
+template <class Conversion, bool kStream>
+HWY_INLINE void ConvertRow(const std::uint8_t* inRow, std::uint8_t* outRow, std::size_t inCount)
 {
     constexpr std::size_t kFrom = Conversion::kFromBytes;
     constexpr std::size_t kTo = Conversion::kToBytes;
     const std::size_t lanes = Conversion::Lanes();
+    const std::size_t whole = inCount / lanes * lanes;
+    for (std::size_t i = 0; i < whole; i += lanes) {
+        Conversion::template Step<kStream>(inRow + i * kFrom, outRow + i * kTo);
+    }
+    if (whole < inCount) {
+        HWY_ALIGN std::uint8_t last[HWY_MAX_BYTES] = {};
+        HWY_ALIGN std::uint8_t converted[HWY_MAX_BYTES];
+        std::memcpy(last, inRow + whole * kFrom, (inCount - whole) * kFrom);
+        Conversion::template Step<false>(last, converted);
+        std::memcpy(outRow + whole * kTo, converted, (inCount - whole) * kTo);
+    }
+}
+
+template <class Conversion>
+void Rows(const SourcePicture& inSource, const DestinationPicture& inDestination, std::uint32_t inFirstRow,
+          std::uint32_t inEndRow)
+{
     const std::size_t count = std::size_t{inSource.width} * 4;
-    const std::size_t whole = count / lanes * lanes;
+    const bool isLarge = Conversion::kToBytes > Conversion::kFromBytes &&
+                         count * Conversion::kToBytes * inSource.height >= kStreamBytes;
     for (std::uint32_t row = inFirstRow; row < inEndRow; ++row) {
         const auto* const source = reinterpret_cast<const std::uint8_t*>(inSource.Row(row));
         auto* const destination = reinterpret_cast<std::uint8_t*>(inDestination.Row(row));
-        for (std::size_t i = 0; i < whole; i += lanes) {
-            Conversion::Step(source + i * kFrom, destination + i * kTo);
+        if (isLarge && reinterpret_cast<std::uintptr_t>(destination) % hn::Lanes(ByteTag()) == 0) {
+            ConvertRow<Conversion, true>(source, destination, count);
+        } else {
+            ConvertRow<Conversion, false>(source, destination, count);
         }
-        if (whole < count) {
-            HWY_ALIGN std::uint8_t last[HWY_MAX_BYTES] = {};
-            HWY_ALIGN std::uint8_t converted[HWY_MAX_BYTES];
-            std::memcpy(last, source + whole * kFrom, (count - whole) * kFrom);
-            Conversion::Step(last, converted);
-            std::memcpy(destination + whole * kTo, converted, (count - whole) * kTo);
-        }
+    }
+    if (isLarge) {
+        hwy::FlushStream(); // other threads shall see the rows once they hear that they are done
     }
 }
 

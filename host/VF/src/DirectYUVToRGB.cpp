@@ -236,10 +236,108 @@ void RowFromV210(const std::uint8_t* inRow, std::uint8_t* outRow, std::size_t in
     }
 }
 
+/// The rows that one row of planar 4:2:0 is made of. Chroma lies between luma's rows: three quarters of the
+/// nearer row and a quarter of the farther.
+struct PlanarRows {
+    const std::uint8_t* luma;
+    const std::uint8_t* nearCb;
+    const std::uint8_t* farCb;
+    const std::uint8_t* nearCr;
+    const std::uint8_t* farCr;
+};
+
+HWY_INLINE Shorts FourChroma(const std::uint8_t* inNear, const std::uint8_t* inFar)
+{
+    const ShortTag d;
+    const hn::Rebind<std::uint8_t, ShortTag> bytes;
+    const Shorts near = hn::PromoteTo(d, hn::LoadU(bytes, inNear));
+    return hn::Add(hn::Add(near, near), hn::Add(near, hn::PromoteTo(d, hn::LoadU(bytes, inFar))));
+}
+HWY_INLINE std::uint16_t FourChromaAt(const std::uint8_t* inNear, const std::uint8_t* inFar,
+                                      std::size_t inPair)
+{
+    return static_cast<std::uint16_t>(3 * inNear[inPair] + inFar[inPair]);
+}
+
+/// Makes packed codes of as many pairs as a vector has 16-bit lanes, all times four.
+HWY_INLINE void GatherStep(const PlanarRows& inRows, std::uint16_t* outCodes)
+{
+    const ShortTag d;
+    const Shorts luma = hn::LoadU(d, ShortsAt(inRows.luma)); // two pixels in each lane
+    const Shorts even = hn::ShiftLeft<2>(hn::And(luma, hn::Set(d, 255)));
+    const Shorts odd = hn::ShiftLeft<2>(hn::ShiftRight<8>(luma));
+    hn::StoreInterleaved4(FourChroma(inRows.nearCb, inRows.farCb), even,
+                          FourChroma(inRows.nearCr, inRows.farCr), odd, d, outCodes);
+}
+
+HWY_INLINE void GatherPlanar(const PlanarRows& inRows, std::size_t inPixels, std::uint16_t* outCodes)
+{
+    constexpr std::size_t kBytes = HWY_MAX_BYTES;
+    const std::size_t lanes = hn::Lanes(ShortTag());
+    const std::size_t pairs = (inPixels + 1) / 2;
+    for (std::size_t pair = 0; pair < pairs; pair += lanes) {
+        const PlanarRows rows = {inRows.luma + 2 * pair, inRows.nearCb + pair, inRows.farCb + pair,
+                                 inRows.nearCr + pair, inRows.farCr + pair};
+        if (2 * (pair + lanes) <= inPixels) {
+            GatherStep(rows, outCodes + 4 * pair);
+            continue;
+        }
+        HWY_ALIGN std::uint8_t last[5][kBytes] = {};
+        std::memcpy(last[0], rows.luma, inPixels - 2 * pair);
+        std::memcpy(last[1], rows.nearCb, pairs - pair);
+        std::memcpy(last[2], rows.farCb, pairs - pair);
+        std::memcpy(last[3], rows.nearCr, pairs - pair);
+        std::memcpy(last[4], rows.farCr, pairs - pair);
+        GatherStep({last[0], last[1], last[2], last[3], last[4]}, outCodes + 4 * pair);
+    }
+}
+
+template <class Writer>
+void RowFromPlanar(const PlanarRows& inRows, std::uint8_t* outRow, std::size_t inWidth,
+                   const FromYUVWeights& inWeights)
+{
+    HWY_ALIGN std::uint16_t codes[kChunkCodes] = {};
+    for (std::size_t x = 0; x < inWidth; x += kChunkPixels) {
+        const std::size_t pixels = inWidth - x < kChunkPixels ? inWidth - x : kChunkPixels;
+        const std::size_t pair = x / 2;
+        GatherPlanar({inRows.luma + x, inRows.nearCb + pair, inRows.farCb + pair, inRows.nearCr + pair,
+                      inRows.farCr + pair},
+                     pixels, codes);
+        const std::size_t pairs = (pixels + 1) / 2;
+        const std::size_t next = x + pixels < inWidth ? pair + pairs : pair + pairs - 1;
+        codes[4 * pairs] = FourChromaAt(inRows.nearCb, inRows.farCb, next);
+        codes[4 * pairs + 2] = FourChromaAt(inRows.nearCr, inRows.farCr, next);
+        ConvertCodes<Writer>(codes, pixels, inWeights, outRow + x * Writer::kPixelBytes);
+    }
+}
+
+template <class Writer>
+void RowsFromPlanar(const SourcePicture& inSource, const DestinationPicture& inDestination,
+                    std::uint32_t inFirstRow, std::uint32_t inEndRow)
+{
+    const auto& space = inSource.colorSpace;
+    const FromYUVWeights weights =
+        FromYUVWeightsOf(TimesFour(CodeScaleOf(inSource.format, space.range)), space.matrix, Writer::kMost);
+    const std::uint32_t lastChroma = (inSource.height - 1) / 2;
+    for (std::uint32_t row = inFirstRow; row < inEndRow; ++row) {
+        const std::uint32_t near = row / 2;
+        const std::uint32_t far = row % 2 ? (near < lastChroma ? near + 1 : near) : (near > 0 ? near - 1 : 0);
+        const auto at = [&](std::uint32_t inRow, int inPlane) {
+            return reinterpret_cast<const std::uint8_t*>(inSource.Row(inRow, inPlane));
+        };
+        RowFromPlanar<Writer>({at(row, 0), at(near, 1), at(far, 1), at(near, 2), at(far, 2)},
+                              reinterpret_cast<std::uint8_t*>(inDestination.Row(row)), inSource.width,
+                              weights);
+    }
+}
+
 template <class Writer>
 void Rows(const SourcePicture& inSource, const DestinationPicture& inDestination, std::uint32_t inFirstRow,
           std::uint32_t inEndRow)
 {
+    if (inSource.format == kiomediatypes::kPixelFormat_YUV_420_8u_Planar) {
+        return RowsFromPlanar<Writer>(inSource, inDestination, inFirstRow, inEndRow);
+    }
     const bool packed10 = inSource.format == kiomediatypes::kPixelFormat_V210_422_10u;
     const auto& space = inSource.colorSpace;
     const FromYUVWeights weights =

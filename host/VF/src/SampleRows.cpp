@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "SampleRows.cpp"
@@ -103,19 +104,44 @@ void Over(float* ioColor, const float* inAlpha, std::size_t inCount)
     }
 }
 
-void AddWeighted(float* ioSum, const float* inRow, float inWeight, std::size_t inCount)
+template <typename D, typename T>
+HWY_INLINE hn::Vec<Floats> LoadAsFloats(D inFloats, const T* inFrom)
+{
+    if constexpr (std::is_same_v<T, float>) {
+        return hn::LoadU(inFloats, inFrom);
+    } else {
+        const hn::Rebind<T, D> narrow;
+        return hn::ConvertTo(inFloats, hn::PromoteTo(Integers(), hn::LoadU(narrow, inFrom)));
+    }
+}
+
+template <typename T>
+void AddWeighted(float* ioSum, const T* inRow, float inWeight, std::size_t inCount)
 {
     const Floats floats;
     const std::size_t lanes = hn::Lanes(floats);
     const auto weight = hn::Set(floats, inWeight);
     std::size_t done = 0;
     for (; done + lanes <= inCount; done += lanes) {
-        const auto sum = hn::MulAdd(hn::LoadU(floats, inRow + done), weight, hn::LoadU(floats, ioSum + done));
-        hn::StoreU(sum, floats, ioSum + done);
+        const auto row = LoadAsFloats(floats, inRow + done);
+        hn::StoreU(hn::MulAdd(row, weight, hn::LoadU(floats, ioSum + done)), floats, ioSum + done);
     }
     for (; done < inCount; ++done) {
-        ioSum[done] += inRow[done] * inWeight;
+        ioSum[done] += static_cast<float>(inRow[done]) * inWeight;
     }
+}
+
+void AddWeighted8(float* sum, const std::uint8_t* in, float weight, std::size_t n)
+{
+    AddWeighted(sum, in, weight, n);
+}
+void AddWeighted16(float* sum, const std::uint16_t* in, float weight, std::size_t n)
+{
+    AddWeighted(sum, in, weight, n);
+}
+void AddWeighted32(float* sum, const float* in, float weight, std::size_t n)
+{
+    AddWeighted(sum, in, weight, n);
 }
 
 } // namespace
@@ -133,7 +159,9 @@ HWY_EXPORT(Narrow8);
 HWY_EXPORT(Narrow16);
 HWY_EXPORT(Times);
 HWY_EXPORT(Over);
-HWY_EXPORT(AddWeighted);
+HWY_EXPORT(AddWeighted8);
+HWY_EXPORT(AddWeighted16);
+HWY_EXPORT(AddWeighted32);
 
 } // namespace
 
@@ -178,9 +206,22 @@ void Unpremultiply(float* ioColor, const float* inAlpha, std::size_t inCount)
 {
     HWY_DYNAMIC_DISPATCH(Over)(ioColor, inAlpha, inCount);
 }
-void Accumulate(float* ioSum, const float* inRow, float inWeight, std::size_t inCount)
+void Accumulate(float* ioSum, SampleType inType, const std::byte* inRow, float inWeight, std::size_t inCount)
 {
-    HWY_DYNAMIC_DISPATCH(AddWeighted)(ioSum, inRow, inWeight, inCount);
+    switch (inType) {
+    case SampleType::kByte:
+        HWY_DYNAMIC_DISPATCH(AddWeighted8)
+        (ioSum, reinterpret_cast<const std::uint8_t*>(inRow), inWeight, inCount);
+        break;
+    case SampleType::kWord:
+        HWY_DYNAMIC_DISPATCH(AddWeighted16)
+        (ioSum, reinterpret_cast<const std::uint16_t*>(inRow), inWeight, inCount);
+        break;
+    case SampleType::kFloat:
+        HWY_DYNAMIC_DISPATCH(AddWeighted32)
+        (ioSum, reinterpret_cast<const float*>(inRow), inWeight, inCount);
+        break;
+    }
 }
 
 } // namespace VF

@@ -17,6 +17,6 @@ void Premultiply(float* ioColor, const float* inAlpha, std::size_t inCount);
 /// Colour over alpha.
 void Unpremultiply(float* ioColor, const float* inAlpha, std::size_t inCount);
 /// ioSum += inWeight * inRow.
-void Accumulate(float* ioSum, const float* inRow, float inWeight, std::size_t inCount);
+void Accumulate(float* ioSum, SampleType inType, const std::byte* inRow, float inWeight, std::size_t inCount);
 
 } // namespace VF

@@ -205,6 +205,16 @@ TEST(Project, AFailedSaveLeavesTheOldFile)
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1);
 }
 
+TEST(Project, ALinkToTheFileStaysOne)
+{
+    const support::TemporaryFolder folder;
+    support::WriteFile(folder / "real/p.hproj", "old");
+    std::filesystem::create_symlink("real/p.hproj", folder / "link.hproj");
+    WriteProjectFile(CreateProject(), folder.UTF16("link.hproj"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.hproj"));
+    EXPECT_NE(support::ReadFile(folder / "real/p.hproj"), "old");
+}
+
 TEST(Project, BinsTakeWhatBelongsIntoThem)
 {
     const auto outer = CreateBinProjectItem(u"outer");

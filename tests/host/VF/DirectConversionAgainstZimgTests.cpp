@@ -67,6 +67,7 @@ zimg_image_format ZimgFormatOf(const Form& inForm)
     if (IsYUV(inForm.format)) {
         format.color_family = ZIMG_COLOR_YUV;
         format.subsample_w = 1;
+        format.subsample_h = inForm.format == kPixelFormat_YUV_420_8u_Planar ? 1 : 0;
         format.matrix_coefficients = static_cast<zimg_matrix_coefficients_e>(inForm.matrix);
         format.pixel_range = inForm.range == Range::kFull ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
         format.chroma_location = ZIMG_CHROMA_LEFT;
@@ -192,6 +193,35 @@ TEST(DirectConversion, AgreesWithTheGeneralWay)
         for (std::size_t i = 0; i < ours.size(); ++i) {
             const bool flat = i >= ours.size() * 2 / 3 + 8;
             EXPECT_NEAR(ours[i], theirs[i], flat && isExact ? 0 : 1) << "component " << i;
+        }
+    }
+}
+
+TEST(DirectConversion, AgreesWithTheGeneralWayAboutPlanes)
+{
+    const Form bytes{kPixelFormat_BGRA_4444_8u};
+    for (const Range range : {Range::kLimited, Range::kFull}) {
+        SCOPED_TRACE(range == Range::kFull ? "full" : "limited");
+        const Form planar{kPixelFormat_YUV_420_8u_Planar, Matrix::kBT601_625, range};
+        const Planes from(1);
+        const Planes theirs(1);
+        std::mt19937 random(7);
+        for (std::size_t i = 0; i < 3 * kHeight * kWidth; ++i) {
+            from.memory.get()[i] = static_cast<std::byte>(random());
+        }
+        ConvertWithZimg(planar, from, bytes, theirs);
+        VF::SourcePicture source = SourceOf(planar, from.Row(0, 0), from.rowBytes, kWidth, kHeight);
+        source.planes[1] = {from.Row(1, 0), from.rowBytes};
+        source.planes[2] = {from.Row(2, 0), from.rowBytes};
+        Row ours(kWidth * kHeight * 4);
+        VF::ConvertRowsDirectly(source, DestinationOf(bytes, ours.data(), kWidth * 4, kWidth, kHeight), 0,
+                                kHeight);
+        for (std::size_t i = 0; i < ours.size(); ++i) {
+            if (const Place place = PlaceOf(bytes.format, i % (kWidth * 4)); place.plane >= 0) {
+                const auto plane = static_cast<std::size_t>(place.plane);
+                const std::byte* const row = theirs.Row(plane, i / (kWidth * 4));
+                ASSERT_NEAR(std::to_integer<int>(ours[i]), std::to_integer<int>(row[place.x]), 1) << i;
+            }
         }
     }
 }

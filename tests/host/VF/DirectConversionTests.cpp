@@ -28,7 +28,7 @@ using namespace kiomediatypes;
 
 constexpr std::size_t kWidths[] = {1, 2, 3, 5, 6, 7, 13, 47, 48, 49, 97, 480, 481, 486, 961, 1920, 1921};
 
-/// All pairs of forms that have direct rows.
+/// All pairs of forms whose direct rows need one row of the source.
 std::vector<std::pair<Form, Form>> Pairs()
 {
     std::vector<Form> forms;
@@ -47,7 +47,8 @@ std::vector<std::pair<Form, Form>> Pairs()
     std::vector<std::pair<Form, Form>> pairs;
     for (const Form& source : forms) {
         for (const Form& destination : forms) {
-            if (VF::HasDirectConversion(SourceOf(source, nullptr, 0, 8, 1),
+            if (source.format != kPixelFormat_YUV_420_8u_Planar &&
+                VF::HasDirectConversion(SourceOf(source, nullptr, 0, 8, 1),
                                         DestinationOf(destination, nullptr, 0, 8, 1),
                                         kRenderQuality_Medium)) {
                 pairs.emplace_back(source, destination);
@@ -92,6 +93,16 @@ double Tolerance(const Form& inSource, const Form& inDestination)
     return IsYUV(inSource.format) ? 2 * kPart : 1.0 / (1 << 25);
 }
 
+/// Each set of instructions that this processor has; 0 is for a processor that has none of them.
+std::vector<std::int64_t> AllTargets()
+{
+    std::vector<std::int64_t> targets = {0};
+    for (std::int64_t rest = hwy::SupportedTargets(); rest != 0; rest &= rest - 1) {
+        targets.push_back(rest & -rest);
+    }
+    return targets;
+}
+
 } // namespace
 
 TEST(DirectConversion, EveryComponentIsTheNearest)
@@ -119,17 +130,12 @@ TEST(DirectConversion, EveryComponentIsTheNearest)
 
 TEST(DirectConversion, AllInstructionsGiveTheSameBytes)
 {
-    // 0 is for the processor that has none of them.
-    std::vector<std::int64_t> targets = {0};
-    for (std::int64_t rest = hwy::SupportedTargets(); rest != 0; rest &= rest - 1) {
-        targets.push_back(rest & -rest);
-    }
     for (const auto& [source, destination] : Pairs()) {
         SCOPED_TRACE(NameOf(source) + " to " + NameOf(destination));
         for (const std::size_t width : {7u, 49u, 1921u}) {
             const Row row = Noise(source, width, 5);
             const Row best = Converted(source, row, destination, width);
-            for (const std::int64_t target : targets) {
+            for (const std::int64_t target : AllTargets()) {
                 hwy::GetChosenTarget().Update(target);
                 const Row result = Converted(source, row, destination, width);
                 hwy::GetChosenTarget().DeInit(); // the best again
@@ -166,6 +172,99 @@ TEST(DirectConversion, TouchesOnlyTheUsedBytesOfItsRows)
                 const std::byte expected =
                     within ? Converted(source, rows[row], destination, width)[column] : kGuard;
                 ASSERT_EQ(memory[i], expected) << "width " << width << ", row " << row << ", byte " << column;
+            }
+        }
+    }
+}
+
+TEST(DirectConversion, LargeFramesAreWrittenTheSame)
+{
+    // Rows of large frames go around the caches where they are aligned.
+    constexpr std::uint32_t kManyRows = 60000; // of which one is there
+    constexpr std::byte kGuard{0x5A};
+    for (const auto& [source, destination] : Pairs()) {
+        if (IsYUV(source.format) || MostOf(destination.format) == 255 || IsYUV(destination.format)) {
+            continue;
+        }
+        SCOPED_TRACE(NameOf(source) + " to " + NameOf(destination));
+        for (const std::uint32_t width : {1u, 97u, 1920u}) {
+            const Row row = Noise(source, width, 9);
+            const Row small = Converted(source, row, destination, width);
+            alignas(64) static std::byte memory[1921 * 16];
+            std::fill(std::begin(memory), std::end(memory), kGuard);
+            VF::ConvertRowsDirectly(SourceOf(source, row.data(), row.size(), width, kManyRows),
+                                    DestinationOf(destination, memory, sizeof(memory), width, kManyRows), 0,
+                                    1);
+            ASSERT_TRUE(std::equal(small.begin(), small.end(), memory)) << width;
+            ASSERT_EQ(memory[small.size()], kGuard) << width;
+        }
+    }
+}
+
+TEST(DirectConversion, PlanarChromaIsInterpolatedBothWays)
+{
+    const std::pair<std::size_t, std::size_t> kSizes[] = {{1, 1},  {1, 2},   {2, 3},   {3, 4},   {13, 5},
+                                                          {48, 2}, {480, 3}, {481, 4}, {482, 6}, {1921, 2}};
+    for (const auto& [width, height] : kSizes) {
+        SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
+        const std::size_t wide = (width + 1) / 2;
+        const std::size_t high = (height + 1) / 2;
+        const Form packed{kPixelFormat_UYVY_422_8u, Matrix::kBT601_625,
+                          width % 3 ? Range::kLimited : Range::kFull};
+        Form planar = packed;
+        planar.format = kPixelFormat_YUV_420_8u_Planar;
+        // Each plane apart and as large as it must be, so that a sanitizer sees what is read beyond.
+        std::mt19937 random(static_cast<unsigned>(width));
+        Row planes[] = {Row(width * height), Row(wide * high), Row(wide * high)};
+        for (Row& plane : planes) {
+            for (std::byte& value : plane) {
+                value = static_cast<std::byte>(random() % 4 ? random() : 255);
+            }
+        }
+        VF::SourcePicture source =
+            SourceOf(planar, planes[0].data(), width, static_cast<std::uint32_t>(width),
+                     static_cast<std::uint32_t>(height));
+        source.planes[1] = {planes[1].data(), wide};
+        source.planes[2] = {planes[2].data(), wide};
+        for (const PixelFormat format : {kPixelFormat_BGRA_4444_8u, kPixelFormat_ARGB_4444_8u,
+                                         kPixelFormat_BGRA_4444_16u, kPixelFormat_BGRA_4444_32f}) {
+            const Form form{format};
+            const std::size_t rowBytes = EmptyRow(format, width).size();
+            Row pixels(rowBytes * height);
+            const VF::DestinationPicture destination =
+                DestinationOf(form, pixels.data(), rowBytes, source.width, source.height);
+            ASSERT_TRUE(VF::HasDirectConversion(source, destination, kRenderQuality_Draft));
+            VF::ConvertRowsDirectly(source, destination, 0, source.height);
+            const double most = MostOf(format);
+            for (std::size_t row = 0; row < height; ++row) {
+                std::vector<double> components;
+                const std::size_t near = row / 2;
+                const std::size_t far = row % 2 ? std::min(near + 1, high - 1) : near - (near > 0);
+                for (std::size_t i = 0; i < 4 * wide; ++i) {
+                    const auto value = [&](int inPlane, std::size_t inAt) {
+                        return std::to_integer<int>(planes[inPlane][inAt]);
+                    };
+                    const int plane = i % 4 == 0 ? 1 : 2;
+                    components.push_back(i % 2 ? value(0, row * width + std::min(i / 2, width - 1))
+                                               : value(plane, near * wide + i / 4) * 0.75 +
+                                                     value(plane, far * wide + i / 4) * 0.25);
+                }
+                const auto expected = Expected(packed, components, form, width);
+                const auto actual = Components(
+                    format, Row(pixels.begin() + static_cast<std::ptrdiff_t>(row * rowBytes),
+                                pixels.begin() + static_cast<std::ptrdiff_t>((row + 1) * rowBytes)));
+                for (std::size_t i = 0; i < expected.size(); ++i) {
+                    ASSERT_NEAR(actual[i], most == 0 ? expected[i] : std::clamp(expected[i], 0.0, most),
+                                Tolerance(packed, form))
+                        << "row " << row << ", component " << i;
+                }
+            }
+            const Row best = pixels;
+            for (const std::int64_t target : AllTargets()) {
+                hwy::GetChosenTarget().Update(target);
+                VF::ConvertRowsDirectly(source, destination, 0, source.height);
+                hwy::GetChosenTarget().DeInit();
+                ASSERT_TRUE(pixels == best) << hwy::TargetName(target);
             }
         }
     }

@@ -229,13 +229,18 @@ Row RowOf(PixelFormat inFormat, const std::vector<double>& inComponents)
 std::vector<double> Expected(const Form& inSource, const Row& inRow, const Form& inDestination,
                              std::size_t inWidth)
 {
-    const std::vector<double> components = Components(inSource.format, inRow);
+    return Expected(inSource, Components(inSource.format, inRow), inDestination, inWidth);
+}
+
+std::vector<double> Expected(const Form& inSource, const std::vector<double>& inComponents,
+                             const Form& inDestination, std::size_t inWidth)
+{
     const std::size_t count =
         Components(inDestination.format, EmptyRow(inDestination.format, inWidth)).size();
     if (IsYUV(inSource.format) && IsYUV(inDestination.format)) {
-        return BetweenCodes(inSource, components, inDestination, count, inWidth);
+        return BetweenCodes(inSource, inComponents, inDestination, count, inWidth);
     }
-    return FromPixels(PixelsOf(inSource, components, inWidth), inDestination, count);
+    return FromPixels(PixelsOf(inSource, inComponents, inWidth), inDestination, count);
 }
 
 VF::SourcePicture SourceOf(const Form& inForm, const std::byte* inPixels, std::size_t inRowBytes,

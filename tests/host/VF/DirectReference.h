@@ -33,6 +33,9 @@ Row RowOf(PixelFormat inFormat, const std::vector<double>& inComponents);
 /// What the components of the destination should be, before they are rounded and bounded.
 std::vector<double> Expected(const Form& inSource, const Row& inRow, const Form& inDestination,
                              std::size_t inWidth);
+/// The same from components, which need not be whole.
+std::vector<double> Expected(const Form& inSource, const std::vector<double>& inComponents,
+                             const Form& inDestination, std::size_t inWidth);
 /// Greatest value that a component can hold; 0 for floats, which have no bounds.
 double MostOf(PixelFormat inFormat);
 

@@ -5,6 +5,9 @@
 #include <BE/Backend.h>
 #include <kiocore/debug/Trace.h>
 #include <kiocore/filesupport/AtomicFile.h>
+#include <kiocore/filesupport/NativePath.h>
+
+#include <filesystem>
 
 namespace BE {
 
@@ -20,6 +23,14 @@ kiocore::filesupport::Durability PreferredDurability()
         }
     }
     return kiocore::filesupport::Durability::kFile;
+}
+
+/// Where a link leads, so that it stays a link when the file behind it is replaced.
+UTF16String FollowLinks(const UTF16String& inPath)
+{
+    std::error_code error;
+    const auto target = std::filesystem::canonical(kiocore::filesupport::ToNative(inPath), error);
+    return error ? inPath : kiocore::filesupport::FromNative(target.native());
 }
 
 } // namespace
@@ -52,7 +63,8 @@ void WriteProjectFile(const InterfaceRef<IProject>& inProject, const UTF16String
     KIO_HOST_CALL("BE::WriteProjectFile", inPath);
     std::string text = kiocore::serialization::GetJSONUTF8String(ProjectToJSON(inProject), true);
     text += '\n';
-    const auto saved = kiocore::filesupport::SaveFileAtomically(inPath, text, PreferredDurability());
+    const auto saved =
+        kiocore::filesupport::SaveFileAtomically(FollowLinks(inPath), text, PreferredDurability());
     if (saved.result < 0) {
         throw kiocore::file_exception("save project file", ToUTF8(inPath), saved.errorNumber);
     }

@@ -1,6 +1,7 @@
 #include <kiocore/serialization/JSON.h>
 
 #include "JSONText.h"
+#include "debug/TypeName.h"
 
 #include <charconv>
 #include <cmath>
@@ -194,7 +195,7 @@ std::string Describe(const JSON& inValue)
     if (boost::any_cast<JSONObject>(&inValue)) {
         return "an object";
     }
-    return std::string("a value of C++ type ") + inValue.type().name();
+    return "a value of C++ type " + debug::TypeName(inValue.type());
 }
 
 } // namespace kiocore::serialization

@@ -36,6 +36,7 @@ TEST(Serializer, ValuesComeBackExactly)
     EXPECT_EQ(Again(std::numeric_limits<std::uint64_t>::max()), std::numeric_limits<std::uint64_t>::max());
     EXPECT_EQ(Again(std::int8_t(-128)), -128);
     EXPECT_EQ(Again(0.1), 0.1);
+    EXPECT_EQ(Again(0.1f), 0.1f);
     EXPECT_EQ(Again(std::string("a\0\n\"\\\x7F", 6)), std::string("a\0\n\"\\\x7F", 6));
     EXPECT_EQ(Again(ImmutableString("longer than what lies in the object")),
               ImmutableString("longer than what lies in the object"));
@@ -65,6 +66,8 @@ TEST(Serializer, WhatIsOfAnotherTypeIsRefusedWithItsPlace)
          "JSON value $: found the text \"1\", expected a number"},
         {"a number is no text", ErrorOf<std::string>("1.5"),
          "JSON value $: found the number 1.5, expected a text"},
+        {"beyond a float", ErrorOf<float>("3.5e38"),
+         "JSON value $: found the number 3.5e+38, expected a number within the range of a float"},
         {"an object is no array", ErrorOf<std::vector<bool>>("{}"),
          "JSON value $: found an object, expected an array"},
         {"below zero", ErrorOf<unsigned>("-1"),

@@ -64,6 +64,21 @@ struct JSONConvert<double> {
     static double FromJSON(const JSON& inValue) { return AsDouble(inValue); }
 };
 
+/// Stored as a double, so that it comes back exactly; what is beyond a float is refused.
+template <>
+struct JSONConvert<float> {
+    static JSON ToJSON(float inValue) { return static_cast<double>(inValue); }
+    static float FromJSON(const JSON& inValue)
+    {
+        const double value = AsDouble(inValue);
+        constexpr double kHighest = std::numeric_limits<float>::max();
+        if (value > kHighest || value < -kHighest) {
+            throw bad_cast_exception(Describe(inValue), "a number within the range of a float");
+        }
+        return static_cast<float>(value);
+    }
+};
+
 template <>
 struct JSONConvert<std::string> {
     static JSON ToJSON(const std::string& inValue) { return inValue; }
