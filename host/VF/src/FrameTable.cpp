@@ -73,7 +73,7 @@ std::size_t FrameTable::PlaceOf(const Guid& inKey) const noexcept
 {
     const std::size_t mask = mPlaces.size() - 1;
     std::size_t place = std::hash<Guid>()(inKey) & mask;
-    while (mPlaces[place] && !(mPlaces[place]->key == inKey)) {
+    while (mPlaces[place].entry && !(mPlaces[place].key == inKey)) {
         place = (place + 1) & mask;
     }
     return place;
@@ -85,7 +85,7 @@ IVideoFrameRef FrameTable::Find(const Guid& inKey, std::uint64_t inNow) noexcept
     Shard& shard = mShards[own];
     IVideoFrameRef found;
     shard.Lock();
-    if (Entry* const entry = mPlaces[PlaceOf(inKey)].get()) {
+    if (Entry* const entry = mPlaces[PlaceOf(inKey)].entry.get()) {
         // Written only when it changes: others read this line.
         if (entry->lastUse.load(std::memory_order_relaxed) != inNow) {
             entry->lastUse.store(inNow, std::memory_order_relaxed);
@@ -112,19 +112,20 @@ FrameTable::EntryPtr FrameTable::Insert(const Guid& inKey, const IVideoFrameRef&
     }
     const std::size_t place = PlaceOf(inKey);
     const LockAll lock(mShards);
-    mPlaces[place].swap(entry);
+    mPlaces[place].key = inKey;
+    mPlaces[place].entry.swap(entry);
     mCount += entry ? 0 : 1;
     return entry;
 }
 
 void FrameTable::Grow()
 {
-    std::vector<EntryPtr> larger(mPlaces.size() * 2);
+    std::vector<Place> larger(mPlaces.size() * 2);
     const LockAll lock(mShards);
     mPlaces.swap(larger);
-    for (EntryPtr& entry : larger) {
-        if (entry) {
-            mPlaces[PlaceOf(entry->key)] = std::move(entry);
+    for (Place& place : larger) {
+        if (place.entry) {
+            mPlaces[PlaceOf(place.key)] = std::move(place);
         }
     }
 }
@@ -132,18 +133,17 @@ void FrameTable::Grow()
 FrameTable::EntryPtr FrameTable::Remove(const Guid& inKey)
 {
     std::size_t place = PlaceOf(inKey);
-    if (!mPlaces[place]) {
+    if (!mPlaces[place].entry) {
         return {};
     }
     const LockAll lock(mShards);
-    EntryPtr removed = std::move(mPlaces[place]);
+    EntryPtr removed = std::move(mPlaces[place].entry);
     --mCount;
     // Those behind that would have stood here, or before, close the gap.
     const std::size_t mask = mPlaces.size() - 1;
-    for (std::size_t next = (place + 1) & mask; mPlaces[next]; next = (next + 1) & mask) {
-        EntryPtr moved = std::move(mPlaces[next]);
-        const std::size_t better = PlaceOf(moved->key);
-        mPlaces[better] = std::move(moved);
+    for (std::size_t next = (place + 1) & mask; mPlaces[next].entry; next = (next + 1) & mask) {
+        Place moved = std::move(mPlaces[next]); // leaves the place free
+        mPlaces[PlaceOf(moved.key)] = std::move(moved);
     }
     return removed;
 }
@@ -151,10 +151,11 @@ FrameTable::EntryPtr FrameTable::Remove(const Guid& inKey)
 const FrameTable::Entry* FrameTable::Lowest() const
 {
     const Entry* lowest = nullptr;
-    for (const EntryPtr& entry : mPlaces) {
+    for (const Place& place : mPlaces) {
+        const Entry* const entry = place.entry.get();
         if (entry && (!lowest || std::pair(entry->retention, entry->lastUse.load()) <
                                      std::pair(lowest->retention, lowest->lastUse.load()))) {
-            lowest = entry.get();
+            lowest = entry;
         }
     }
     return lowest;
@@ -162,11 +163,19 @@ const FrameTable::Entry* FrameTable::Lowest() const
 
 std::vector<FrameTable::EntryPtr> FrameTable::RemoveAll()
 {
-    std::vector<EntryPtr> none(kFirstPlaces);
-    const LockAll lock(mShards);
-    mPlaces.swap(none);
-    mCount = 0;
-    return none;
+    std::vector<Place> places(kFirstPlaces);
+    {
+        const LockAll lock(mShards);
+        mPlaces.swap(places);
+        mCount = 0;
+    }
+    std::vector<EntryPtr> removed;
+    for (Place& place : places) {
+        if (place.entry) {
+            removed.push_back(std::move(place.entry));
+        }
+    }
+    return removed;
 }
 
 } // namespace VF

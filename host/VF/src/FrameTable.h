@@ -23,11 +23,11 @@ public:
     static constexpr std::size_t kShards = 8;
 
     struct Entry {
-        kiocore::Guid key;
+        std::atomic<std::uint64_t> lastUse{0};
         std::array<MF::IVideoFrameRef, kShards> references; ///< all on the one frame
+        kiocore::Guid key;
         std::uint64_t bytes = 0;
         int retention = 0;
-        std::atomic<std::uint64_t> lastUse{0};
     };
     using EntryPtr = std::unique_ptr<Entry>;
 
@@ -60,8 +60,13 @@ private:
     void Grow();
 
     std::array<Shard, kShards> mShards;
+    /// The key stands here too: telling a neighbour apart then needs no look at its entry.
+    struct Place {
+        kiocore::Guid key;
+        EntryPtr entry;
+    };
     // A power of two; at least half are free. Behind the shards' locks, like what they point to.
-    std::vector<EntryPtr> mPlaces;
+    std::vector<Place> mPlaces;
     std::size_t mCount = 0;
 };
 
