@@ -171,6 +171,7 @@ bool MediaSource::ReadPacket(AVPacket& outPacket, const ICancel& inCancel, std::
     mCancel = &inCancel;
     int result = 0;
     for (int damage = 0; damage < kMaxDamageInARow; ++damage) {
+        av_packet_unref(&outPacket); // it may hold one that came just before a cancel
         result = av_read_frame(mFormat.get(), &outPacket);
         CheckReading();
         if (result == AVERROR(ENOMEM)) {
