@@ -92,12 +92,11 @@ TEST(Lifecycle, ShutdownLetsTheActiveDeviceGoAfterTheDatabaseAndBeforePostedWork
     EXPECT_TRUE(manager->ActivateDevice(kiocore::classref::MakeObject<MortalDevice>()));
     const support::TraceRecorder trace("Host");
     Library::Shutdown();
-    EXPECT_THAT(trace.Order({"kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\"",
-                             "MortalDevice goes", "kiocore::threads::GetRegisteredMainThread",
-                             "BE::Shutdown"}),
-                ElementsAre("kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\"",
-                            "MortalDevice goes", "kiocore::threads::GetRegisteredMainThread",
-                            "BE::Shutdown"));
+    EXPECT_THAT(
+        trace.Order({"kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\"",
+                     "MortalDevice goes", "kiocore::threads::GetRegisteredMainThread", "BE::Shutdown"}),
+        ElementsAre("kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\"",
+                    "MortalDevice goes", "kiocore::threads::GetRegisteredMainThread", "BE::Shutdown"));
 }
 
 TEST(Lifecycle, ASurplusShutdownOnlyCounts)

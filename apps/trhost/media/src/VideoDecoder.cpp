@@ -194,8 +194,8 @@ bool VideoDecoder::ReadPicture(Picture& outPicture, const ICancel& inCancel)
         if (inCancel.IsCancelled()) {
             mSource->ThrowCancelled();
         }
-        // Pictures shown before the key frame refer to others that were not read. Most decoders drop them, but
-        // not all know that there was a jump.
+        // Pictures shown before the key frame refer to others that were not read. Most decoders drop them,
+        // but not all know that there was a jump.
         const std::int64_t timestamp = frame->best_effort_timestamp;
         const bool leads = !mFromStart && mFirstKey != AV_NOPTS_VALUE && timestamp != AV_NOPTS_VALUE &&
                            timestamp < mFirstKey;

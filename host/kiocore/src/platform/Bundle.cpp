@@ -83,8 +83,8 @@ struct CloseFile {
 bool GetBinaryFromModule(CFBundleRef inBundle, UTF16View inName, UTF16View inType,
                          std::vector<std::byte>& outBytes)
 {
-    KIO_HOST_CALL("kiocore::utility::GetBinaryFromModule", inBundle ? inBundle->resourceFolder : std::string(),
-                  inName, inType);
+    KIO_HOST_CALL("kiocore::utility::GetBinaryFromModule",
+                  inBundle ? inBundle->resourceFolder : std::string(), inName, inType);
     const auto fail = [&](const std::string& inReason) {
         debug::Trace(1, "Resources",
                      "No resource " + ToUTF8(inName) + "." + ToUTF8(inType) + ": " + inReason);

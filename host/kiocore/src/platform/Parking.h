@@ -6,8 +6,8 @@
 
 namespace kiocore::platform {
 
-/// Sleeps while ioWord holds inExpected, until UnparkOne, UnparkAll or until the limit passes. May return early
-/// without a reason, so callers look at the word again.
+/// Sleeps while ioWord holds inExpected, until UnparkOne, UnparkAll or until the limit passes. May return
+/// early without a reason, so callers look at the word again.
 void Park(std::atomic<std::uint32_t>& ioWord, std::uint32_t inExpected,
           std::chrono::nanoseconds inLimit) noexcept;
 

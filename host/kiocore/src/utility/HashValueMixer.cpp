@@ -20,9 +20,8 @@ Guid GuidOfHash(XXH128_hash_t inHash)
 void HashValueMixerState::UpdateLong(const void* inBytes, std::size_t inSize)
 {
     if (!mRunning) {
-        mRunning = std::shared_ptr<void>(XXH3_createState(), [](void* inState) {
-            XXH3_freeState(static_cast<XXH3_state_t*>(inState));
-        });
+        mRunning = std::shared_ptr<void>(
+            XXH3_createState(), [](void* inState) { XXH3_freeState(static_cast<XXH3_state_t*>(inState)); });
         if (!mRunning) {
             throw std::bad_alloc();
         }

@@ -23,9 +23,10 @@ SharedRecycledMemory MakeSharedRecycledMemory(std::size_t inBytes)
     if (!bytes) {
         return {};
     }
-    return {std::shared_ptr<std::byte[]>(
-                bytes, [](std::byte* inBytes) { ::operator delete(inBytes); }, RecyclerAllocator<std::byte>()),
-            inBytes};
+    return {
+        std::shared_ptr<std::byte[]>(
+            bytes, [](std::byte* inBytes) { ::operator delete(inBytes); }, RecyclerAllocator<std::byte>()),
+        inBytes};
 }
 
 } // namespace kiocore::utility
