@@ -11,7 +11,4 @@ namespace trhost {
 /// Threading: any thread; callers wait for the first one.
 media::IMediaModule& LoadMediaModule();
 
-/// Where the module is looked for, relative to the program: UTF-8.
-std::string MediaModulePath();
-
 } // namespace trhost
