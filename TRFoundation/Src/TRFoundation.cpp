@@ -1,5 +1,6 @@
 #include <TR/TRFoundation.h>
 
+#include <TR/EffectType.h>
 #include <TR/MediaAcceleratorDatabase.h>
 #include <TR/MediaAcceleratorDatabaseEntry.h>
 #include <TR/PreemptionManager.h>
@@ -11,6 +12,7 @@
 #include <kiocore/config/Client.h>
 #include <kiocore/config/Errors.h>
 #include <kiocore/debug/Debugger.h>
+#include <kiocore/messaging/Messaging.h>
 #include <kiocore/threads/MainThread.h>
 #include <kiocore/threads/RecursiveMutex.h>
 #include <kiocore/utility/Processor.h>
@@ -66,6 +68,7 @@ RefCountChecker::~RefCountChecker()
 void StartEverything()
 {
     BE::Initialize();
+    kiocore::messaging::RegisterStation(kStation_EffectType, kiocore::messaging::kObserveStation_Traced);
     ClassFactory::RegisterClass(kMediaAcceleratorDatabaseClassID, "kMediaAcceleratorDatabaseClassID",
                                 "MediaAcceleratorDatabase", &MediaAcceleratorDatabase::CreateInstanceRef);
     ClassFactory::RegisterClass(kMediaAcceleratorDatabaseEntryClassID,
@@ -88,6 +91,7 @@ void StopEverything()
     if (const auto mainThread = kiocore::threads::GetRegisteredMainThread()) {
         mainThread->WaitForPostedWork(std::chrono::steady_clock::now() + kMainThreadLimit);
     }
+    kiocore::messaging::DisposeStation(kStation_EffectType);
     BE::Shutdown();
 }
 

@@ -256,12 +256,13 @@ void ExpectItComesBack(const EntryRef& inEntry)
 }
 
 struct KeySink final : BE::IDictionarySink {
-    void PutValue(const BE::ImmutableString& inKey, const UTF16String&) override { keys += inKey.AsString(); }
-    void PutValue(const BE::ImmutableString& inKey, const MF::BinaryData&) override
+    void Put(const BE::ImmutableString& inKey, const UTF16String&) override { keys += inKey.AsString(); }
+    void Put(const BE::ImmutableString& inKey, const MF::BinaryData&) override { keys += inKey.AsString(); }
+    void Put(const BE::ImmutableString& inKey, const BE::ISerializeableValue&) override
     {
         keys += inKey.AsString();
     }
-    void PutValue(const BE::ImmutableString& inKey, const BE::ISerializeableValue&) override
+    void PutMap(const BE::ImmutableString& inKey, const BE::ImmutableString&, const BE::ValueMap&) override
     {
         keys += inKey.AsString();
     }

@@ -97,15 +97,19 @@ protected:
 };
 
 struct KeySink final : BE::IDictionarySink {
-    void PutValue(const BE::ImmutableString& inKey, const UTF16String&) override
+    void Put(const BE::ImmutableString& inKey, const UTF16String&) override
     {
         keys.push_back(inKey.AsString());
     }
-    void PutValue(const BE::ImmutableString& inKey, const MF::BinaryData&) override
+    void Put(const BE::ImmutableString& inKey, const MF::BinaryData&) override
     {
         keys.push_back(inKey.AsString());
     }
-    void PutValue(const BE::ImmutableString& inKey, const BE::ISerializeableValue&) override
+    void Put(const BE::ImmutableString& inKey, const BE::ISerializeableValue&) override
+    {
+        keys.push_back(inKey.AsString());
+    }
+    void PutMap(const BE::ImmutableString& inKey, const BE::ImmutableString&, const BE::ValueMap&) override
     {
         keys.push_back(inKey.AsString());
     }

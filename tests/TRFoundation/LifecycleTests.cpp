@@ -2,6 +2,7 @@
 #include "support/TraceRecorder.h"
 
 #include <TR/DeviceControlAbortFlag.h>
+#include <TR/EffectType.h>
 #include <TR/MediaAcceleratorDatabase.h>
 #include <TR/PreemptionManager.h>
 #include <TR/SharedThreads.h>
@@ -12,6 +13,7 @@
 #include <kiocore/classref/ClassFactory.h>
 #include <kiocore/config/Client.h>
 #include <kiocore/config/Errors.h>
+#include <kiocore/messaging/Messaging.h>
 #include <kiocore/threads/MainThread.h>
 #include <kiocore/utility/Processor.h>
 
@@ -26,12 +28,14 @@ namespace {
 
 using kiocore::Guid;
 using kiocore::UTF16String;
+using kiocore::messaging::IsStationRegistered;
 using testing::ElementsAre;
 using testing::HasSubstr;
 namespace Library = TR::TRFoundation;
 
-const std::vector<std::string> kLifecycleCalls = {
+const std::vector<std::string> kStart = {
     "BE::Initialize",
+    "kiocore::messaging::RegisterStation(\"tr.effecttype\", 1)",
     "kiocore::classref::ClassFactory::RegisterClass(102bfb4c-1980-4e77-87df-17b03d5b09db, "
     "\"kMediaAcceleratorDatabaseClassID\", \"MediaAcceleratorDatabase\")",
     "kiocore::classref::ClassFactory::RegisterClass(e727e14d-731c-47f8-9d24-2cb69e8c5323, "
@@ -40,34 +44,44 @@ const std::vector<std::string> kLifecycleCalls = {
     "kiocore::threads::CreateCPUBoundExecutor",
     "kiocore::threads::CreateIOBoundExecutor",
     "kiocore::threads::CreateSubExecutor",
+    "kiocore::threads::CreateSubExecutor",
+    "kiocore::threads::CreateSubExecutor",
+    "kiocore::threads::CreateSubExecutor",
+    "kiocore::threads::CreateSubExecutor",
+    "kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\", 60000)"};
+const std::vector<std::string> kStop = {
     "kiocore::threads::RecursiveMutex::Lock(\"StaticImageFactory::Register\", 60000)",
-    "kiocore::threads::GetRegisteredMainThread",
+    "kiocore::threads::GetRegisteredMainThread", "kiocore::messaging::DisposeStation(\"tr.effecttype\")",
     "BE::Shutdown"};
+
+std::vector<std::string> StartAndStop()
+{
+    std::vector<std::string> calls = kStart;
+    calls.insert(calls.end(), kStop.begin(), kStop.end());
+    return calls;
+}
 
 TEST(Lifecycle, StartsAndStopsInOrderOnTheFirstAndLastClientOnly)
 {
-    const support::TraceRecorder trace("Host");
+    support::TraceRecorder trace("Host");
+    const std::vector<std::string> calls = StartAndStop();
     for (int round = 0; round < 2; ++round) { // a full stop can be followed by a full start
         SCOPED_TRACE(round);
-        trace.Order({});
-        const_cast<support::TraceRecorder&>(trace).Clear();
+        trace.Clear();
         EXPECT_EQ(Library::Initialize(), 0);
-        auto expected = std::vector<std::string>(kLifecycleCalls.begin(), kLifecycleCalls.begin() + 7);
-        expected.insert(expected.end(), 4, kLifecycleCalls[6]);
-        expected.push_back(kLifecycleCalls[7]);
-        EXPECT_EQ(trace.Order(kLifecycleCalls), expected);
+        EXPECT_EQ(trace.Order(calls), kStart);
+        EXPECT_TRUE(IsStationRegistered(TR::kStation_EffectType));
 
-        const_cast<support::TraceRecorder&>(trace).Clear();
+        trace.Clear();
         EXPECT_EQ(Library::Initialize(), 0);
         EXPECT_EQ(Library::Shutdown(), 0);
-        EXPECT_EQ(trace.Order(kLifecycleCalls), std::vector<std::string>());
+        EXPECT_EQ(trace.Order(calls), std::vector<std::string>());
         EXPECT_TRUE(TR::sLowPriorityRenderQueue);
 
         EXPECT_EQ(Library::Shutdown(), 0);
-        EXPECT_THAT(
-            trace.Order(kLifecycleCalls),
-            ElementsAre(kLifecycleCalls[7], "kiocore::threads::GetRegisteredMainThread", "BE::Shutdown"));
+        EXPECT_EQ(trace.Order(calls), kStop);
         EXPECT_FALSE(TR::sLowPriorityRenderQueue);
+        EXPECT_FALSE(IsStationRegistered(TR::kStation_EffectType));
     }
 }
 

@@ -131,7 +131,7 @@ void MediaAcceleratorDatabaseEntry::SerializeOut(BE::DataWriter& inWriter) const
 
 void MediaAcceleratorDatabaseEntry::SerializeToSink(BE::IDictionarySink& inSink) const
 {
-    VisitStored([&](const ImmutableString& key, const auto& value) { inSink.PutValue(key, value); });
+    VisitStored([&](const ImmutableString& key, const auto& value) { inSink.Put(key, value); });
 }
 
 void MediaAcceleratorDatabaseEntry::SerializeIn(unsigned int inVersion, BE::DataReader& inReader)

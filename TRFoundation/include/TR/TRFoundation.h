@@ -19,8 +19,8 @@ extern KIO_EXPORT const Guid kMediaAcceleratorDatabaseEntryClassID;
 /// registered once by the host, before the database's cleaning can run; no lock is taken for it.
 namespace TRFoundation {
 
-/// Called once by each client. The first call starts everything: back end, class registration,
-/// database, shared queues.
+/// Called once by each client. The first call starts everything: back end, station of effect types,
+/// class registration, database, shared queues, built-in stills.
 /// @return 0.
 /// @throws kio_exception (kError_Startup) on a processor without SSE. What a start-up step throws passes
 ///     through. After a failure the library is not up, and a later call tries again from the start.

@@ -5,11 +5,17 @@
 
 namespace BE {
 
-exIncomingObjectVersionTooOld::exIncomingObjectVersionTooOld(const std::string& inClassName, unsigned inFound,
-                                                             unsigned inOldest)
-    : kio_exception("An object of class " + inClassName + " has version " + std::to_string(inFound) +
-                        "; the oldest that this build reads is " + std::to_string(inOldest),
-                    kiocore::kError_ObjectVersionTooOld)
+exDataReadFailed::exDataReadFailed(const std::string& inDetail)
+    : kio_exception("Data Read Failed", inDetail, kiocore::kError_DataReadFailed)
+{}
+exDataReadFailed::~exDataReadFailed() = default;
+
+exIncomingObjectVersionTooOld::exIncomingObjectVersionTooOld(const ImmutableString& inClassName,
+                                                             unsigned int inFound, unsigned int inOldest)
+    : exDataReadFailed("An object of class " + inClassName.AsString() + " has version " +
+                       std::to_string(inFound) + "; the oldest that this build reads is " +
+                       std::to_string(inOldest)),
+      mClassName(inClassName), mVersion(inFound)
 {}
 exIncomingObjectVersionTooOld::~exIncomingObjectVersionTooOld() = default;
 
@@ -21,8 +27,7 @@ exSerializeableTypeMismatch::exSerializeableTypeMismatch(const std::string& inKe
 exSerializeableTypeMismatch::~exSerializeableTypeMismatch() = default;
 
 exMapInsertionFailure::exMapInsertionFailure(const std::string& inKey)
-    : kio_exception("The map key \"" + inKey + "\" occurs more than once; expected each key once",
-                    kiocore::kError_MapInsertion)
+    : exDataReadFailed("The map key \"" + inKey + "\" occurs more than once; expected each key once")
 {}
 exMapInsertionFailure::~exMapInsertionFailure() = default;
 
@@ -57,11 +62,38 @@ DataWriter::~DataWriter() = default;
 IDictionarySink::~IDictionarySink() = default;
 
 ISerializeable::~ISerializeable() = default;
+unsigned int ISerializeable::GetMinCompatibleVersion() const
+{
+    return 0;
+}
 const CFUUIDBytes& ISerializeable::InterfaceID()
 {
     static constexpr CFUUIDBytes kID = {
         {0x5e, 0x7c, 0x3f, 0x9a, 0x41, 0xd0, 0x4b, 0x6e, 0x8f, 0x12, 0x6b, 0xc9, 0x05, 0xe2, 0xa7, 0x34}};
     return kID;
+}
+
+bool ReadValueMap(DataReader& inReader, const ImmutableString& inKey, ValueMap& ioMap)
+{
+    ValueMap read;
+    const bool found =
+        inReader.ReadValueMap(inKey, [&](const UTF16String& inMapKey, const UTF16String& inValue) {
+            return read.emplace(inMapKey, inValue).second;
+        });
+    if (found) {
+        ioMap.swap(read);
+    }
+    return found;
+}
+
+void WriteValueMap(DataWriter& inWriter, const ImmutableString& inKey, const ImmutableString& inItemKey,
+                   const ValueMap& inMap)
+{
+    inWriter.BeginValueMap(inKey, inItemKey);
+    for (const auto& [key, value] : inMap) {
+        inWriter.WriteMapValue(key, value);
+    }
+    inWriter.EndValueMap();
 }
 
 ImmutableString CreateKeyWithIndex(const ImmutableString& inKey, unsigned int inIndex)

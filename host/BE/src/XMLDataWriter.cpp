@@ -124,10 +124,14 @@ void XMLDataWriter::EndObject()
     mBytes.append(static_cast<std::size_t>(2 * mDepth), ' ').append("</Object>\n");
 }
 
-void XMLDataWriter::BeginValueMap(const ImmutableString& inKey)
+void XMLDataWriter::BeginValueMap(const ImmutableString& inKey, const ImmutableString& inItemKey)
 {
     AppendStart(NameOf(StoredType::kMap), inKey);
     AppendEncoded(mBytes, inKey.View());
+    if (!inItemKey.IsEmpty()) {
+        mBytes += "\" ItemKey=\"";
+        AppendEncoded(mBytes, inItemKey.View());
+    }
     mBytes += "\">\n";
     ++mDepth;
     mInMap = true;

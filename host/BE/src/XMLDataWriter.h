@@ -17,7 +17,7 @@ public:
     void WriteValue(const ImmutableString& inKey, const MF::BinaryData& inValue) override;
     void WriteValue(const ImmutableString& inKey, const ISerializeableValue& inValue) override;
     void WriteObject(const ImmutableString& inKey, const InterfaceRef<ISerializeable>& inObject) override;
-    void BeginValueMap(const ImmutableString& inKey) override;
+    void BeginValueMap(const ImmutableString& inKey, const ImmutableString& inItemKey) override;
     void WriteMapValue(const UTF16String& inMapKey, const UTF16String& inValue) override;
     void EndValueMap() override;
 

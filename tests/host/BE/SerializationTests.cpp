@@ -171,6 +171,25 @@ TEST(Serialization, AMapThatRefusesAKeyThrows)
     EXPECT_EQ(inserted, 2);
 }
 
+TEST(Serialization, AMapThatCannotBeReadLeavesTheOldOne)
+{
+    const auto reader = MakeReader();
+    ASSERT_EQ(reader->OpenBytes(Document(
+                  "<Map Key='twice'><Entry Key='a' Value='1'/><Entry Key='a' Value='2'/></Map>"
+                  "<Map Key='named' ItemKey='Pair'><Entry Key='b' Value='2'/></Map><Map Key='empty'/>")),
+              0);
+    const ValueMap kOld{{u"old", u"0"}};
+    ValueMap map = kOld;
+    EXPECT_THROW(ReadValueMap(reader->GetDataReader(), "twice", map), exMapInsertionFailure);
+    EXPECT_EQ(map, kOld);
+    EXPECT_FALSE(ReadValueMap(reader->GetDataReader(), "absent", map));
+    EXPECT_EQ(map, kOld);
+    EXPECT_TRUE(ReadValueMap(reader->GetDataReader(), "named", map));
+    EXPECT_EQ(map, (ValueMap{{u"b", u"2"}}));
+    EXPECT_TRUE(ReadValueMap(reader->GetDataReader(), "empty", map));
+    EXPECT_EQ(map, ValueMap());
+}
+
 TEST(Serialization, ObjectsOfUnknownClassesThrow)
 {
     const auto reader = MakeReader();

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 
 namespace BE {
 
@@ -19,15 +20,33 @@ using kiocore::ImmutableString;
 using kiocore::InterfaceRef;
 using kiocore::UTF16String;
 
+using ValueMap = std::map<UTF16String, UTF16String>;
+
 class DataReader;
 class DataWriter;
 class IDictionarySink;
 
-/// A record was written by a version that this build no longer reads.
-class KIO_EXPORT exIncomingObjectVersionTooOld : public kiocore::kio_exception {
+/// Stored data has a form that its reader does not take: message "Data Read Failed", kError_DataReadFailed;
+/// what() tells the case.
+class KIO_EXPORT exDataReadFailed : public kiocore::kio_exception {
 public:
-    exIncomingObjectVersionTooOld(const std::string& inClassName, unsigned inFound, unsigned inOldest);
+    explicit exDataReadFailed(const std::string& inDetail);
+    ~exDataReadFailed() override;
+};
+
+/// A record was written by a version that this build no longer reads.
+class KIO_EXPORT exIncomingObjectVersionTooOld : public exDataReadFailed {
+public:
+    exIncomingObjectVersionTooOld(const ImmutableString& inClassName, unsigned int inFound,
+                                  unsigned int inOldest);
     ~exIncomingObjectVersionTooOld() override;
+    const ImmutableString& ClassName() const noexcept { return mClassName; }
+    /// The one found.
+    unsigned int Version() const noexcept { return mVersion; }
+
+private:
+    ImmutableString mClassName;
+    unsigned int mVersion;
 };
 
 /// A value is stored under the key, but of another type than was asked for.
@@ -39,7 +58,7 @@ public:
 };
 
 /// A map holds two values under one key.
-class KIO_EXPORT exMapInsertionFailure : public kiocore::kio_exception {
+class KIO_EXPORT exMapInsertionFailure : public exDataReadFailed {
 public:
     explicit exMapInsertionFailure(const std::string& inKey);
     ~exMapInsertionFailure() override;
@@ -120,13 +139,16 @@ public:
     static const CFUUIDBytes& InterfaceID();
     ~ISerializeable() override;
 
+    /// Puts what SerializeOut writes, the same keys and values in the same order, for inspection.
+    virtual void SerializeToSink(IDictionarySink& inSink) const = 0;
     /// @param inVersion  the version under which the object was written.
     /// Exceptions of the reader pass through; the object is then partly filled.
     virtual void SerializeIn(unsigned int inVersion, DataReader& inReader) = 0;
     virtual void SerializeOut(DataWriter& inWriter) const = 0;
-    /// Puts the same keys and values in the same order, for inspection.
-    virtual void SerializeToSink(IDictionarySink& inSink) const = 0;
     virtual unsigned int GetVersion() const = 0;
+    /// The oldest version of the class that still understands what SerializeOut writes; 0, the default,
+    /// when the class does not say. Readers do not check it.
+    virtual unsigned int GetMinCompatibleVersion() const;
     virtual Guid GetClassID() const = 0;
     virtual ImmutableString GetClassName() const = 0;
 };
@@ -149,7 +171,8 @@ public:
     /// Makes the object through the class factory and calls its SerializeIn.
     /// @return false, outObject untouched, when the key is absent.
     virtual bool ReadObject(const ImmutableString& inKey, InterfaceRef<ISerializeable>& outObject) = 0;
-    /// Gives each pair of a map of texts to inInsert, in stored order.
+    /// Gives each pair of a map of texts to inInsert, in stored order. BE::ReadValueMap
+    /// fills a map.
     /// @param inInsert  false = the key is there already: throws exMapInsertionFailure.
     /// @return whether the key was there.
     virtual bool ReadValueMap(
@@ -171,7 +194,9 @@ public:
     virtual void WriteValue(const ImmutableString& inKey, const ISerializeableValue& inValue) = 0;
     /// Writes class ID, class name, version, then calls the object's SerializeOut.
     virtual void WriteObject(const ImmutableString& inKey, const InterfaceRef<ISerializeable>& inObject) = 0;
-    virtual void BeginValueMap(const ImmutableString& inKey) = 0;
+    /// @param inItemKey  what one pair of the map is called, for other programs; may be empty.
+    virtual void BeginValueMap(const ImmutableString& inKey, const ImmutableString& inItemKey) = 0;
+    void BeginValueMap(const ImmutableString& inKey) { BeginValueMap(inKey, ImmutableString::Empty()); }
     virtual void WriteMapValue(const UTF16String& inMapKey, const UTF16String& inValue) = 0;
     virtual void EndValueMap() = 0;
 };
@@ -180,10 +205,22 @@ public:
 class KIO_EXPORT IDictionarySink {
 public:
     virtual ~IDictionarySink();
-    virtual void PutValue(const ImmutableString& inKey, const UTF16String& inValue) = 0;
-    virtual void PutValue(const ImmutableString& inKey, const MF::BinaryData& inValue) = 0;
-    virtual void PutValue(const ImmutableString& inKey, const ISerializeableValue& inValue) = 0;
+    virtual void Put(const ImmutableString& inKey, const UTF16String& inValue) = 0;
+    virtual void Put(const ImmutableString& inKey, const MF::BinaryData& inValue) = 0;
+    virtual void Put(const ImmutableString& inKey, const ISerializeableValue& inValue) = 0;
+    /// @param inItemKey  what one pair of the map is called.
+    virtual void PutMap(const ImmutableString& inKey, const ImmutableString& inItemKey,
+                        const ValueMap& inMap) = 0;
 };
+
+/// Reads a map of texts.
+/// @param ioMap  replaced when the key is there; untouched when it is absent or reading it throws.
+/// @return whether the key was there.
+/// @throws exMapInsertionFailure when one key stands in the map twice, and what the reader throws.
+KIO_EXPORT bool ReadValueMap(DataReader& inReader, const ImmutableString& inKey, ValueMap& ioMap);
+/// Writes a whole map of texts.
+KIO_EXPORT void WriteValueMap(DataWriter& inWriter, const ImmutableString& inKey,
+                              const ImmutableString& inItemKey, const ValueMap& inMap);
 
 /// "Stream.ID" and 3 make "Stream.ID.3".
 KIO_EXPORT ImmutableString CreateKeyWithIndex(const ImmutableString& inKey, unsigned int inIndex);

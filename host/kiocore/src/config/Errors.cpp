@@ -8,8 +8,14 @@
 namespace kiocore {
 
 kio_exception::kio_exception(std::string inTextUTF8, std::uint32_t inCode)
-    : mText(std::move(inTextUTF8)), mCode(inCode)
+    : mText(std::move(inTextUTF8)), mMessageSize(mText.size()), mCode(inCode)
 {}
+kio_exception::kio_exception(std::string_view inMessageUTF8, std::string_view inDetailUTF8,
+                             std::uint32_t inCode)
+    : mText(inMessageUTF8), mMessageSize(inMessageUTF8.size()), mCode(inCode)
+{
+    mText.append(": ").append(inDetailUTF8);
+}
 kio_exception::kio_exception(utility::UTF16View inText, std::uint32_t inCode)
     : kio_exception(utility::ToUTF8(inText), inCode)
 {}

@@ -1,9 +1,11 @@
 #include <kiocore/config/Localizer.h>
 
 #include <kiocore/config/Errors.h>
+#include <kiocore/config/Locale.h>
 #include <kiocore/debug/Trace.h>
 
 #include "config/Catalogue.h"
+#include "config/LocaleCode.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -21,6 +23,7 @@ constexpr std::string_view kDefaultLanguage = "en";
 struct Language {
     std::mutex lock; // guards the members below
     std::string name{kDefaultLanguage};
+    utility::UTF16String locale = LocaleCodeOf(kDefaultLanguage);
     std::shared_ptr<const Catalogue> catalogue;
 };
 
@@ -105,11 +108,15 @@ std::optional<std::string> ReadFile(const std::string& inPath)
     return bytes;
 }
 
-void UseLanguage(std::string_view inName, std::shared_ptr<const Catalogue> inCatalogue)
+/// @param inLocale  the language with what else was asked for: the catalogue "de" may serve "de_AT".
+void UseLanguage(std::string_view inName, std::string_view inLocale,
+                 std::shared_ptr<const Catalogue> inCatalogue)
 {
+    utility::UTF16String locale = LocaleCodeOf(inLocale);
     Language& language = TheLanguage();
     std::lock_guard lock(language.lock);
     language.name = inName;
+    language.locale.swap(locale);
     language.catalogue.swap(inCatalogue);
 }
 
@@ -185,16 +192,16 @@ int Localizer::SetLanguage(std::string_view inLanguage, std::string_view inFolde
     }
     for (const std::string& name : CatalogueNames(inLanguage)) {
         if (IsDefaultLanguage(name)) {
-            UseLanguage(kDefaultLanguage, nullptr);
+            UseLanguage(kDefaultLanguage, inLanguage, nullptr);
             return 0;
         }
         const std::string path = std::string(inFolderUTF8) + '/' + name + ".mo";
         if (std::optional<std::string> bytes = ReadFile(path)) {
-            UseLanguage(name, std::make_shared<const Catalogue>(std::move(*bytes), path));
+            UseLanguage(name, inLanguage, std::make_shared<const Catalogue>(std::move(*bytes), path));
             return 0;
         }
     }
-    UseLanguage(kDefaultLanguage, nullptr);
+    UseLanguage(kDefaultLanguage, kDefaultLanguage, nullptr);
     return -1;
 }
 
@@ -204,6 +211,14 @@ std::string Localizer::GetLanguage()
     Language& language = TheLanguage();
     std::lock_guard lock(language.lock);
     return language.name;
+}
+
+utility::UTF16String Locale::ApplicationLanguage()
+{
+    KIO_HOST_CALL("kiocore::config::Locale::ApplicationLanguage");
+    Language& language = TheLanguage();
+    std::lock_guard lock(language.lock);
+    return language.locale;
 }
 
 } // namespace kiocore::config

@@ -104,13 +104,23 @@ struct ScDocumentLock::Pool {
 
     OpenLockFile Take()
     {
+        std::vector<int> inherited;
         {
             std::lock_guard guard(lock);
+            if (const pid_t process = ::getpid(); process != owner) {
+                // A forked child shares its parent's open descriptions, and those exclude nobody who has
+                // them.
+                owner = process;
+                inherited.swap(idle);
+            }
             if (!idle.empty()) {
                 const int file = idle.back();
                 idle.pop_back();
                 return {file, generation};
             }
+        }
+        for (int file : inherited) {
+            GetFileCalls().Close(file);
         }
         return OpenFile();
     }
@@ -181,7 +191,8 @@ struct ScDocumentLock::Pool {
     std::mutex lock; // guards the members below
     FileIdentity identity;
     std::uint64_t generation = 0;
-    std::vector<int> idle; // all of this generation
+    pid_t owner = ::getpid(); // of the idle ones
+    std::vector<int> idle;    // all of this generation
 };
 
 struct DocumentLockPools {

@@ -2,12 +2,14 @@
 #include "support/TemporaryFolder.h"
 
 #include <kiocore/config/Errors.h>
+#include <kiocore/config/Locale.h>
 #include <kiocore/config/Localizer.h>
 
 #include <gtest/gtest.h>
 
 using kiocore::UTF16String;
 using kiocore::config::CompareUnderDefaultLocale;
+using kiocore::config::Locale;
 using kiocore::config::Localizer;
 
 TEST(Localizer, ShowsDefaultsWithoutKeysAndNotes)
@@ -67,26 +69,29 @@ TEST(Localizer, TakesTheNearestCatalogue)
         const char* language;
         int result;
         const char* catalogue; // null: the defaults
+        UTF16String locale;
     } kCases[] = {
-        {"de_AT", 0, "de_AT"},
-        {"de-AT", 0, "de_AT"},
-        {"de_AT.UTF-8", 0, "de_AT"},
-        {"de_CH", 0, "de"},
-        {"sr_RS@latin", 0, "sr@latin"},
-        {"sr_RS", -1, nullptr},
-        {"de", 0, "de"},
-        {"fr_FR", -1, nullptr},
-        {"de", 0, "de"},
-        {"en_GB", 0, nullptr},
-        {"de", 0, "de"},
-        {"C.UTF-8", 0, nullptr},
-        {"de", 0, "de"},
-        {"", 0, nullptr},
+        {"de_AT", 0, "de_AT", u"de_AT"},
+        {"de-AT", 0, "de_AT", u"de_AT"},
+        {"de_AT.UTF-8", 0, "de_AT", u"de_AT"},
+        {"de_CH", 0, "de", u"de_CH"},
+        {"sr_RS@latin", 0, "sr@latin", u"sr_RS"},
+        {"sr_RS", -1, nullptr, u"en_US"},
+        {"de", 0, "de", u"de_DE"},
+        {"fr_FR", -1, nullptr, u"en_US"},
+        {"de", 0, "de", u"de_DE"},
+        {"en_GB", 0, nullptr, u"en_GB"},
+        {"de", 0, "de", u"de_DE"},
+        {"C.UTF-8", 0, nullptr, u"en_US"},
+        {"POSIX", 0, nullptr, u"en_US"},
+        {"de", 0, "de", u"de_DE"},
+        {"", 0, nullptr, u"en_US"},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.language);
         EXPECT_EQ(Localizer::SetLanguage(test.language, folder.Path().native()), test.result);
         EXPECT_EQ(Localizer::GetLanguage(), test.catalogue ? test.catalogue : "en");
+        EXPECT_EQ(Locale::ApplicationLanguage(), test.locale);
         EXPECT_EQ(Localizer::GetText("$$$/App/Go=Go"),
                   kiocore::utility::ToUTF16(test.catalogue ? test.catalogue : "Go"));
         EXPECT_EQ(Localizer::GetText("$$$/App/Go=Go on"), u"Go on") << "translated for another default";

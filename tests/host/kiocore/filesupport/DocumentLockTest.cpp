@@ -86,6 +86,9 @@ TEST(DocumentLock, NoCountIsLostBetweenThreadsOfTwoProcesses)
     TemporaryFolder folder;
     support::WriteFile(folder / "counter", "0");
     const UTF16String lockFile = folder.UTF16("locks/documents.lock");
+    {
+        const ScDocumentLock lock(lockFile, kDocument); // leaves a description that the child inherits
+    }
     const auto work = [&] {
         std::vector<std::thread> threads;
         for (int i = 0; i < kThreads; ++i) {

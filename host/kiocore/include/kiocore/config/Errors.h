@@ -3,9 +3,11 @@
 #include <kiocore/Export.h>
 #include <kiocore/utility/UTF16String.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <string>
+#include <string_view>
 
 namespace kiocore {
 
@@ -22,29 +24,35 @@ enum ErrorCode : std::uint32_t {
     kError_BadConversion = 0x80010008,
     kError_BadArgument = 0x80010009,
     kError_DamagedData = 0x8001000A,
-    kError_ObjectVersionTooOld = 0x8001000B,
     kError_TypeMismatch = 0x8001000C,
-    kError_MapInsertion = 0x8001000D,
     kError_BrokenPromise = 0x8001000E,
     kError_InputContract = 0x8001000F,
     kError_ExecutorTerminated = 0xF3610003,
+    kError_DataReadFailed = 0xF865001E,
 };
 
-/// What the host's core throws: a text for people and a 32-bit code for programs.
+/// What the host's core throws: a text for people and a 32-bit code for programs. Where a fixed message goes
+/// with a code, the text is that message, and what() tells the case as well: "message: detail".
 ///
 /// Threading: a value; may be carried to another thread in an exception_ptr.
 class KIO_EXPORT kio_exception : public std::exception {
 public:
     kio_exception(std::string inTextUTF8, std::uint32_t inCode);
     kio_exception(utility::UTF16View inText, std::uint32_t inCode);
+    /// @param inMessageUTF8  what Text() gives.
+    kio_exception(std::string_view inMessageUTF8, std::string_view inDetailUTF8, std::uint32_t inCode);
     ~kio_exception() override;
 
     const char* what() const noexcept override { return mText.c_str(); }
-    utility::UTF16String Text() const { return utility::ToUTF16(mText); }
+    utility::UTF16String Text() const
+    {
+        return utility::ToUTF16(std::string_view(mText).substr(0, mMessageSize));
+    }
     std::uint32_t Code() const noexcept { return mCode; }
 
 private:
     std::string mText;
+    std::size_t mMessageSize;
     std::uint32_t mCode;
 };
 
