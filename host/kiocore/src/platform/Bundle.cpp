@@ -12,7 +12,7 @@
 #include <mutex>
 #include <string>
 
-struct __CFBundle {
+struct LoadedBundle {
     std::string resourceFolder;
 };
 
@@ -50,7 +50,7 @@ CFBundleRef BundleWithIdentifier(std::string_view inIdentifier)
 {
     KIO_HOST_CALL("CFBundleGetBundleWithIdentifier", inIdentifier);
     static std::mutex lock;
-    static auto& bundles = *new std::map<std::string, std::unique_ptr<__CFBundle>, std::less<>>;
+    static auto& bundles = *new std::map<std::string, std::unique_ptr<LoadedBundle>, std::less<>>;
     {
         const std::lock_guard guard(lock);
         if (const auto known = bundles.find(inIdentifier); known != bundles.end()) {
@@ -63,7 +63,7 @@ CFBundleRef BundleWithIdentifier(std::string_view inIdentifier)
     if (name.empty() || dl_iterate_phdr(&LookAtLibrary, &search) == 0) {
         return nullptr;
     }
-    auto bundle = std::make_unique<__CFBundle>(__CFBundle{ResourceFolder(search.address, name)});
+    auto bundle = std::make_unique<LoadedBundle>(LoadedBundle{ResourceFolder(search.address, name)});
     const std::lock_guard guard(lock);
     // Another thread may have been faster; then its bundle is the one.
     return bundles.emplace(std::string(inIdentifier), std::move(bundle)).first->second.get();

@@ -11,8 +11,8 @@
 #include <CoreFoundation/CFBundle.h>
 #else
 /// A loaded library together with its resources. Lives as long as the process.
-struct __CFBundle;
-using CFBundleRef = __CFBundle*;
+struct LoadedBundle;
+using CFBundleRef = LoadedBundle*;
 #endif
 
 namespace kiocore::platform {
