@@ -294,10 +294,12 @@ Batch Measured(clockid_t inClock, Work inWork)
 void PrintQuality(const char* inWhat, double inDecibels, double inGoal)
 {
     char text[160];
-    std::snprintf(text, sizeof(text), "%-54s %6.2f dB, goal %.1f %s", inWhat, inDecibels, inGoal,
-                  inGoal == 0            ? ""
-                  : inDecibels >= inGoal ? "met"
-                                         : "NOT MET");
+    if (inGoal == 0) {
+        std::snprintf(text, sizeof(text), "%-54s %6.2f dB", inWhat, inDecibels);
+    } else {
+        std::snprintf(text, sizeof(text), "%-54s %6.2f dB, goal %.1f %s", inWhat, inDecibels, inGoal,
+                      inDecibels >= inGoal ? "met" : "NOT MET");
+    }
     PrintNote(text);
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace VF {
@@ -36,8 +37,9 @@ public:
             return;
         }
         const std::uint64_t now = 2 * mAdditions.load(std::memory_order_relaxed) + 2;
-        mBytes += bytes;
-        Take(mTable.Insert(inKey, inFrame, inRetention, now), gone);
+        FrameTable::EntryPtr replaced = mTable.Insert(inKey, inFrame, inRetention, now);
+        mBytes += bytes; // after what may run out of memory
+        Take(std::move(replaced), gone);
         mAdditions.fetch_add(1, std::memory_order_relaxed);
         Shrink(gone);
     }

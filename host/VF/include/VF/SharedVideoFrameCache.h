@@ -11,8 +11,9 @@ namespace VF {
 /// Frames that anyone in the process may need again, by key, within a byte budget. When a new frame would
 /// exceed it, those of the lowest retention value go first, among these the one used longest ago.
 ///
-/// Threading: any thread. Locked in shards, so that threads which look for different frames do not meet. Uses
-/// between two additions count as simultaneous across shards.
+/// Threading: any thread. The lock is cut into shards, of which a thread that looks for a frame takes only
+/// its own; whoever changes what is kept takes all. Uses between two additions count as simultaneous. Frames
+/// are let go unlocked.
 class KIO_EXPORT SharedVideoFrameCache {
 public:
     /// Counts as a use.

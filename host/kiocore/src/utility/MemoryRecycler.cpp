@@ -19,14 +19,15 @@ SharedRecycledMemory MakeSharedRecycledMemory(std::size_t inBytes)
     if (inBytes == 0) {
         return {};
     }
-    auto* const bytes = static_cast<std::byte*>(::operator new(inBytes, std::nothrow));
-    if (!bytes) {
-        return {};
+    try {
+        auto* const bytes = static_cast<std::byte*>(::operator new(inBytes));
+        return {std::shared_ptr<std::byte[]>(
+                    bytes, [](std::byte* inMemory) { ::operator delete(inMemory); },
+                    RecyclerAllocator<std::byte>()),
+                inBytes};
+    } catch (const std::bad_alloc&) {
+        return {}; // for the bytes, or for what counts their users
     }
-    return {
-        std::shared_ptr<std::byte[]>(
-            bytes, [](std::byte* inBytes) { ::operator delete(inBytes); }, RecyclerAllocator<std::byte>()),
-        inBytes};
 }
 
 } // namespace kiocore::utility
