@@ -1,9 +1,9 @@
 #include <VF/VideoFrameManipulators.h>
 
 #include "Bands.h"
-#include "DirectConversion.h"
-#include "SampleRows.h"
-#include "Scaling.h"
+#include "direct/DirectConversion.h"
+#include "rows/SampleRows.h"
+#include "scaling/Scaling.h"
 
 #include <VF/VideoFrames.h>
 #include <kiocore/debug/Trace.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DirectConversion.h"
+#include "direct/DirectConversion.h"
 
 #include <array>
 #include <cstddef>

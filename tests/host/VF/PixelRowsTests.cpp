@@ -1,5 +1,5 @@
-#include "PixelRows.h"
-#include "SampleRows.h"
+#include "rows/PixelRows.h"
+#include "rows/SampleRows.h"
 
 #include "support/FrameSamples.h"
 #include "support/GuardedFrame.h"

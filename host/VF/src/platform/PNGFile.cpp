@@ -1,7 +1,7 @@
 #include "PNGFile.h"
 
-#include "../FrameMemory.h"
-#include "../PNGHeader.h"
+#include "frames/FrameMemory.h"
+#include "png/PNGHeader.h"
 
 #include <kiocore/filesupport/NativePath.h>
 

@@ -1,7 +1,7 @@
 #include "InterleavedRows.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "InterleavedRows.cpp"
+#define HWY_TARGET_INCLUDE "rows/InterleavedRows.cpp"
 #include <hwy/foreach_target.h>
 // Has to follow.
 #include <hwy/highway.h>

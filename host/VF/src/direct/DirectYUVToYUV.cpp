@@ -1,7 +1,7 @@
 #include "DirectRows.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "DirectYUVToYUV.cpp"
+#define HWY_TARGET_INCLUDE "direct/DirectYUVToYUV.cpp"
 #include <hwy/foreach_target.h>
 
 #include <hwy/highway.h>

@@ -1,6 +1,6 @@
 #include "BoxReduction.h"
 
-#include "SampleRows.h"
+#include "rows/SampleRows.h"
 
 #include <algorithm>
 #include <cmath>

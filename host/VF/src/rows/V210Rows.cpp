@@ -3,7 +3,7 @@
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "V210Rows.cpp"
+#define HWY_TARGET_INCLUDE "rows/V210Rows.cpp"
 #include <hwy/foreach_target.h>
 // Has to follow.
 #include <hwy/highway.h>

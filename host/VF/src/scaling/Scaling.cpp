@@ -1,9 +1,9 @@
 #include "Scaling.h"
 
 #include "Bands.h"
-#include "FrameMemory.h"
-#include "SampleRows.h"
 #include "ScalingPlan.h"
+#include "frames/FrameMemory.h"
+#include "rows/SampleRows.h"
 
 #include <algorithm>
 #include <atomic>

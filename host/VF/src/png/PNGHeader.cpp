@@ -1,6 +1,6 @@
 #include "PNGHeader.h"
 
-#include "FrameMemory.h"
+#include "frames/FrameMemory.h"
 
 #include <VF/VideoFrames.h>
 

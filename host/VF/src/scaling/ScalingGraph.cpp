@@ -1,6 +1,6 @@
 #include "ScalingGraph.h"
 
-#include "FrameMemory.h"
+#include "frames/FrameMemory.h"
 
 #include <algorithm>
 #include <list>

@@ -1,7 +1,7 @@
 #include "DirectRows.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "DirectRGBToRGB.cpp"
+#define HWY_TARGET_INCLUDE "direct/DirectRGBToRGB.cpp"
 #include <hwy/foreach_target.h>
 
 #include <hwy/cache_control.h>

@@ -1,7 +1,7 @@
 #include "DirectRows.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "DirectYUVToRGB.cpp"
+#define HWY_TARGET_INCLUDE "direct/DirectYUVToRGB.cpp"
 #include <hwy/foreach_target.h>
 
 #include <hwy/highway.h>

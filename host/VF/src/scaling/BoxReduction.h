@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PixelRows.h"
+#include "rows/PixelRows.h"
 
 #include <vector>
 

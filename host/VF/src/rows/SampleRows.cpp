@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "SampleRows.cpp"
+#define HWY_TARGET_INCLUDE "rows/SampleRows.cpp"
 #include <hwy/foreach_target.h>
 // Has to follow.
 #include <hwy/highway.h>
