@@ -15,7 +15,8 @@ set(PROJECT_ROOMS
     PRQ kioappsupport kiomediatypes kioui_theme MF BE ZOL
     VF kioui kioscripting kioscripting_jsc
     TRFoundation TRFoundationUI
-    trhost_support trhost_media trhost_devices trhost_ui trhost)
+    trhost_effects trhost_support trhost_media trhost_devices trhost_frei0r trhost_avfilter trhost_ladspa
+    trhost_ui trhost)
 
 function(_project_check_direction name)
     list(FIND PROJECT_ROOMS ${name} ours)

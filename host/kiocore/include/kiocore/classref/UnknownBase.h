@@ -30,6 +30,8 @@ public:
     /// Shares the object; empty while it is being constructed or destroyed, and for an object that
     /// was not made by MakeObject.
     std::shared_ptr<UnknownBase> SharedSelf() const { return mSelf.lock(); }
+    /// For who wants to know the object as long as others keep it alive.
+    std::weak_ptr<UnknownBase> GetWeakReference() const { return mSelf; }
     /// Called once, by whoever made the control block.
     void SetSelf(std::weak_ptr<UnknownBase> inSelf) { mSelf = std::move(inSelf); }
 

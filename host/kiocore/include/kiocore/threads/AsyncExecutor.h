@@ -49,6 +49,11 @@ KIO_EXPORT std::shared_ptr<AsyncExecutor> GetIOBoundExecutor();
 KIO_EXPORT std::shared_ptr<AsyncExecutor> CreateSubExecutor(const std::shared_ptr<AsyncExecutor>& inParent,
                                                             int inConcurrency);
 
+/// A serial executor with a thread of its own for work that must still get done while the process shuts down:
+/// TerminateExecutors waits until what was submitted to it has run and refuses later submissions; the pools
+/// go after it.
+KIO_EXPORT std::shared_ptr<AsyncExecutor> CreatePreTerminationExecutor();
+
 /// Ends both pools: later submissions are refused, what was accepted runs, the threads are joined.
 /// The next Create... makes anew. Happens by itself at exit, and from then on Create... gives a pool that
 /// refuses everything; handles may be let go later still.

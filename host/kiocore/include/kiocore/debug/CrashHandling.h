@@ -1,0 +1,44 @@
+#pragma once
+
+#include <kiocore/Export.h>
+
+#include <cstddef>
+
+namespace kiocore::debug {
+
+/// What the process does when it crashes: SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS and
+/// std::terminate. The crash callbacks run once, on the crashing thread and its alternate stack, in the order
+/// of registration; then the process ends with its original signal. A thread that crashes later waits for
+/// that end; a callback that crashes itself ends it at once. In a forked child nothing is called.
+///
+/// A fault inside a machine-exception guard is the guard's (see exceptions/MachineException.h).
+
+/// Called in a signal handler: only what is async-signal-safe may be done, so no memory, no lock, no
+/// function-local static on its first use, no thread_local with a constructor.
+using CrashCallback = void (*)() noexcept;
+inline constexpr std::size_t kMostCrashCallbacks = 8;
+
+/// Installs the handlers and gives the calling thread an alternate stack. Installing again is no error.
+///
+/// Threading: once at start, before other threads run.
+KIO_EXPORT void InstallCrashHandling();
+/// Gives the signals back to who had them before.
+KIO_EXPORT void UninstallCrashHandling() noexcept;
+KIO_EXPORT bool IsCrashHandlingInstalled() noexcept;
+
+/// Registering one twice is no error.
+/// @throws kio_exception (kError_BadArgument) beyond kMostCrashCallbacks.
+///
+/// Threading: once at start, as above.
+KIO_EXPORT void AddCrashCallback(CrashCallback inCallback);
+KIO_EXPORT void RemoveCrashCallback(CrashCallback inCallback) noexcept;
+
+/// True while the calling thread runs crash callbacks.
+KIO_EXPORT bool IsHandlingCrash() noexcept;
+
+/// Gives the calling thread an alternate stack of the size that the system asks for and ours need, with a
+/// guard page below, so that a stack overflow can be handled. Given back when the thread ends. A thread that
+/// has one of its own that is large enough keeps it. Pushing a crash context does this too.
+KIO_EXPORT void PrepareThreadForCrash();
+
+} // namespace kiocore::debug
