@@ -1,0 +1,73 @@
+#pragma once
+
+#include "../Commands.h"
+#include "Grammar.h"
+
+#include <string>
+
+/// What can be said on the command line, in groups. Each adds its commands to the grammar, holds the values
+/// that they fill, and must outlive the grammar's run.
+namespace trhost {
+
+class MediaCommands {
+public:
+    explicit MediaCommands(CommandGrammar inRoot);
+
+private:
+    void AddCacheQueries(CommandGrammar inCache);
+    void AddMediaCommand(CommandGrammar inCache, const char* inName, const char* inDescription,
+                         int (*inFunction)(Context&, const std::string&));
+    void AddCacheChanges(CommandGrammar inCache);
+    void AddCacheCare(CommandGrammar inCache);
+    void AddPreferences(CommandGrammar inRoot);
+
+    IngestOptions mIngest;
+    FindOptions mFind;
+    std::string mMedia;
+    InvalidateOptions mInvalidate;
+    CopyOptions mCopy;
+    bool mDryRun = false;
+    DeleteAllOptions mDeleteAll;
+    PruneOptions mPrune;
+    VerifyOptions mVerify;
+    PrefsSetOptions mPrefsSet;
+};
+
+class AssetCommands {
+public:
+    explicit AssetCommands(CommandGrammar inRoot);
+
+private:
+    std::string mProject;
+    AssetsApplyOptions mApply;
+    NewProjectOptions mNewProject;
+};
+
+class PictureCommands {
+public:
+    explicit PictureCommands(CommandGrammar inRoot);
+
+private:
+    void AddStill(CommandGrammar inRoot);
+
+    FrameOptions mFrame;
+    StillOptions mStill;
+};
+
+class DeviceCommands {
+public:
+    explicit DeviceCommands(CommandGrammar inRoot);
+
+private:
+    void AddPlay(CommandGrammar inRoot);
+    void AddRecord(CommandGrammar inRoot);
+
+    PlayOptions mPlay;
+    RecordOptions mRecord;
+    DevicesOptions mDevices;
+};
+
+/// The flag of commands that can tell what they would do.
+OptionGrammar AddDryRun(CommandGrammar inCommand, bool& outFlag);
+
+} // namespace trhost
