@@ -52,6 +52,13 @@ int FaultyFileCalls::Close(int inFile)
     }
     return fails ? -1 : result;
 }
+ssize_t FaultyFileCalls::Read(int inFile, void* outBytes, std::size_t inSize)
+{
+    if (Fails("Read")) {
+        return -1;
+    }
+    return FileCalls::Read(inFile, outBytes, mMostBytesRead > 0 ? std::min(mMostBytesRead, inSize) : inSize);
+}
 ssize_t FaultyFileCalls::Write(int inFile, const void* inBytes, std::size_t inSize)
 {
     if (Fails("Write")) {

@@ -21,12 +21,15 @@ public:
     void DieAtCall(int inNumber) { mDeadlyCall = inNumber; }
     /// Lets each write take so many bytes at the most.
     void WriteAtMost(std::size_t inBytes) { mMostBytes = inBytes; }
+    /// Lets each read give so many bytes at the most.
+    void ReadAtMost(std::size_t inBytes) { mMostBytesRead = inBytes; }
 
     static constexpr int kDeadStatus = 97;
     std::vector<std::string> Names() const;
 
     int Open(const char* inPath, int inFlags, mode_t inMode) override;
     int Close(int inFile) override;
+    ssize_t Read(int inFile, void* outBytes, std::size_t inSize) override;
     ssize_t Write(int inFile, const void* inBytes, std::size_t inSize) override;
     int Sync(int inFile) override;
     int SetTimes(int inFile, const timespec inTimes[2]) override;
@@ -50,6 +53,7 @@ private:
     int mFailingErrno = 0;
     int mDeadlyCall = -1;
     std::size_t mMostBytes = 0;
+    std::size_t mMostBytesRead = 0;
     kiocore::filesupport::ScReplaceFileCalls mReplace{*this};
 };
 

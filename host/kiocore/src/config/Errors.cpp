@@ -21,6 +21,15 @@ kio_exception::kio_exception(utility::UTF16View inText, std::uint32_t inCode)
 {}
 kio_exception::~kio_exception() = default;
 
+std::string kio_exception::Place() const
+{
+    std::string place = mSource;
+    if (!place.empty() && *mFailedCondition) {
+        place += ": ";
+    }
+    return place += mFailedCondition;
+}
+
 file_exception::file_exception(const char* inOperation, std::string_view inPathUTF8, int inErrno)
     : kio_exception("Cannot " + std::string(inOperation) + " " + std::string(inPathUTF8) + ": " +
                         std::generic_category().message(inErrno),

@@ -31,6 +31,10 @@ int FileCalls::Close(int inFile)
 {
     return ::close(inFile);
 }
+ssize_t FileCalls::Read(int inFile, void* outBytes, std::size_t inSize)
+{
+    return ::read(inFile, outBytes, inSize);
+}
 ssize_t FileCalls::Write(int inFile, const void* inBytes, std::size_t inSize)
 {
     return ::write(inFile, inBytes, inSize);

@@ -25,10 +25,10 @@ struct Slot {
 
 struct Slots {
     std::mutex lock; // guards the members below
-    std::array<Slot, 2> slots;
+    std::array<Slot, 3> slots;
     bool exiting = false;
 
-    Slot& Of(Pool inPool) { return slots[inPool == Pool::kCPUBound ? 0 : 1]; }
+    Slot& Of(Pool inPool) { return slots[static_cast<std::size_t>(inPool)]; }
 };
 
 // Leaked on purpose: handles and queues are let go, and asked for, until the very end of the process.
@@ -38,10 +38,25 @@ Slots& TheSlots()
     return *slots;
 }
 
-// Closes both before it waits for either: what they accepted may hand work from one to the other.
+// What is still to get done before anything ends may need the pools.
+void RunPreTerminationExecutorDry()
+{
+    std::shared_ptr<ThreadPool> executor;
+    {
+        Slots& all = TheSlots();
+        std::lock_guard lock(all.lock);
+        executor = all.Of(Pool::kPreTermination).pool;
+    }
+    if (executor) {
+        executor->CloseWhenDry();
+    }
+}
+
+// Closes all before it waits for any: what they accepted may hand work from one to the other.
 void EndPools(bool inExiting)
 {
-    std::array<std::shared_ptr<ThreadPool>, 2> pools;
+    RunPreTerminationExecutorDry();
+    std::array<std::shared_ptr<ThreadPool>, 3> pools;
     {
         Slots& all = TheSlots();
         std::lock_guard lock(all.lock);
@@ -70,11 +85,16 @@ struct AtExit {
 std::shared_ptr<ThreadPool> MakePool(Pool inPool)
 {
     static AtExit atExit;
-    if (inPool == Pool::kCPUBound) {
+    switch (inPool) {
+    case Pool::kCPUBound:
         return std::make_shared<ThreadPool>("CPU-bound", "CPU",
                                             std::max<std::size_t>(1, std::thread::hardware_concurrency()));
+    case Pool::kIOBound:
+        return std::make_shared<ThreadPool>("I/O-bound", "IO", kMostIOThreads);
+    case Pool::kPreTermination:
+        break;
     }
-    return std::make_shared<ThreadPool>("I/O-bound", "IO", kMostIOThreads);
+    return std::make_shared<ThreadPool>("pre-termination", "PreTermination", 1);
 }
 
 std::shared_ptr<AsyncExecutor> CurrentExecutor(Pool inPool)
@@ -142,6 +162,12 @@ std::shared_ptr<AsyncExecutor> CreateSubExecutor(const std::shared_ptr<AsyncExec
         return nullptr;
     }
     return std::make_shared<SubExecutor>(inParent, inConcurrency);
+}
+
+std::shared_ptr<AsyncExecutor> CreatePreTerminationExecutor()
+{
+    KIO_HOST_CALL("kiocore::threads::CreatePreTerminationExecutor");
+    return CurrentExecutor(Pool::kPreTermination);
 }
 
 void TerminateExecutors()

@@ -2,6 +2,8 @@
 
 #include <kiocore/debug/Trace.h>
 
+#include "threads/ReplacedClock.h"
+
 #include <atomic>
 #include <thread>
 
@@ -15,20 +17,28 @@ public:
     void Sleep(std::chrono::milliseconds inDuration) override { std::this_thread::sleep_for(inDuration); }
 };
 
+std::atomic<Clock*> sReplacement{nullptr};
+
 // Leaked on purpose: threads that end at exit may still ask for the time.
-std::atomic<Clock*>& CurrentClock()
+Clock& TheSystemClock()
 {
-    static std::atomic<Clock*> current{new SystemClock};
-    return current;
+    static Clock* const clock = new SystemClock;
+    return *clock;
 }
 
 } // namespace
 
 Clock::~Clock() = default;
 
+Clock* ReplacedClock() noexcept
+{
+    return sReplacement.load(std::memory_order_acquire);
+}
+
 Clock& GetClock()
 {
-    return *CurrentClock().load(std::memory_order_acquire);
+    Clock* const replacement = ReplacedClock();
+    return replacement ? *replacement : TheSystemClock();
 }
 
 void SleepFor(std::chrono::milliseconds inDuration)
@@ -38,11 +48,11 @@ void SleepFor(std::chrono::milliseconds inDuration)
 }
 
 ScReplaceClock::ScReplaceClock(Clock& inClock)
-    : mPrevious(CurrentClock().exchange(&inClock, std::memory_order_acq_rel))
+    : mPrevious(sReplacement.exchange(&inClock, std::memory_order_acq_rel))
 {}
 ScReplaceClock::~ScReplaceClock()
 {
-    CurrentClock().store(mPrevious, std::memory_order_release);
+    sReplacement.store(mPrevious, std::memory_order_release);
 }
 
 } // namespace kiocore::threads

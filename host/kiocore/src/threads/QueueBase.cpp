@@ -20,6 +20,11 @@ void ReportException(std::string_view inWhere) noexcept
         text += type ? debug::TypeName(*type) : "something unknown";
         try {
             throw;
+        } catch (const kio_exception& exception) {
+            text.append(": ").append(exception.what());
+            if (const std::string place = exception.Place(); !place.empty()) {
+                text.append(" [").append(place).append("]");
+            }
         } catch (const std::exception& exception) {
             text.append(": ").append(exception.what());
         } catch (...) {
@@ -37,12 +42,12 @@ int QueueBase::Submit(Task inTask)
     return Accept(std::move(inTask));
 }
 
-void QueueBase::Run(Task& ioTask) const noexcept
+void RunTask(AsyncExecutor::Task& ioTask, std::string_view inExecutor) noexcept
 {
     try {
         ioTask();
     } catch (...) {
-        ReportException("A task of the " + mName + " executor");
+        ReportException("A task of the " + std::string(inExecutor) + " executor");
     }
     ioTask = nullptr;
 }

@@ -3,8 +3,14 @@
 #include <kiocore/threads/AsyncExecutor.h>
 
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace kiocore::threads {
+
+/// Runs a task, reports what it throws, and lets go of what it holds.
+/// @param inExecutor  for the report, as in "CPU-bound".
+void RunTask(AsyncExecutor::Task& ioTask, std::string_view inExecutor) noexcept;
 
 /// What our own executors share: a name, a trace of what callers submit (and not of what executors
 /// hand to each other), and the knowledge of having been ended.
@@ -20,8 +26,7 @@ public:
     const std::string& Name() const { return mName; }
 
 protected:
-    /// Runs a task, reports what it throws, and lets go of what it holds.
-    void Run(Task& ioTask) const noexcept;
+    void Run(Task& ioTask) const noexcept { RunTask(ioTask, mName); }
 
 private:
     const std::string mName;

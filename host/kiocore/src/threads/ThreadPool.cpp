@@ -7,7 +7,7 @@
 namespace kiocore::threads {
 namespace {
 
-thread_local bool sIsPoolThread = false;
+thread_local const ThreadPool* sPoolOfThisThread = nullptr;
 
 } // namespace
 
@@ -54,6 +54,18 @@ void ThreadPool::Close()
     mChanged.notify_all();
 }
 
+void ThreadPool::CloseWhenDry()
+{
+    {
+        std::unique_lock lock(mLock);
+        if (sPoolOfThisThread != this) {
+            mDry.wait(lock, [this] { return mTasks.empty() && mRunning == 0; });
+        }
+        mOpen = false;
+    }
+    mChanged.notify_all();
+}
+
 void ThreadPool::Terminate()
 {
     Close();
@@ -78,13 +90,13 @@ void ThreadPool::Terminate()
 
 bool ThreadPool::IsPoolThread()
 {
-    return sIsPoolThread;
+    return sPoolOfThisThread != nullptr;
 }
 
 void ThreadPool::StartThread()
 {
     mThreads.emplace_back([this, number = mThreads.size() + 1] {
-        sIsPoolThread = true;
+        sPoolOfThisThread = this;
         platform::NameThisThread(mThreadName + ' ' + std::to_string(number));
         Work();
     });
@@ -102,9 +114,13 @@ void ThreadPool::Work()
         }
         Task task = std::move(mTasks.front());
         mTasks.pop_front();
+        ++mRunning;
         lock.unlock();
         Run(task);
         lock.lock();
+        if (--mRunning == 0 && mTasks.empty()) {
+            mDry.notify_all();
+        }
     }
 }
 

@@ -25,6 +25,9 @@ public:
 
     /// Refuses from now on; does not wait.
     void Close();
+    /// Waits until nothing is left to run, and refuses from that moment on: a task may still submit what
+    /// follows from it. On one of its own threads it closes at once, as there is always something running.
+    void CloseWhenDry();
     /// Closes, then waits until all that was accepted has run, and joins the threads. On one of its own
     /// threads (a task called exit) it runs the rest itself once the others are done.
     void Terminate();
@@ -39,9 +42,11 @@ private:
     const std::size_t mMostThreads;
     mutable std::mutex mLock; // guards the members below
     std::condition_variable mChanged;
+    std::condition_variable mDry;
     std::deque<Task> mTasks;
     std::vector<std::thread> mThreads;
     std::size_t mIdle = 0;
+    std::size_t mRunning = 0; // tasks
     bool mOpen = true;
 };
 

@@ -21,18 +21,29 @@ using filesupport::NativePath;
     throw file_exception(inOperation, ToUTF8(inPath), inErrno);
 }
 
-} // namespace
-
-UTF16String FileUtils::AddTrailingSlash(UTF16View inPath)
+UTF16String WithSeparator(UTF16View inPath, std::size_t inRoomBehind)
 {
-    KIO_HOST_CALL("kiocore::utility::FileUtils::AddTrailingSlash", inPath);
     UTF16String path;
-    path.reserve(inPath.size() + 1);
+    path.reserve(inPath.size() + 1 + inRoomBehind);
     path = inPath;
     if (!path.empty() && path.back() != u'/') {
         path += u'/';
     }
     return path;
+}
+
+} // namespace
+
+UTF16String FileUtils::AddTrailingSlash(UTF16View inPath)
+{
+    KIO_HOST_CALL("kiocore::utility::FileUtils::AddTrailingSlash", inPath);
+    return WithSeparator(inPath, 0);
+}
+
+UTF16String FileUtils::BuildPathSpec(UTF16View inFolder, UTF16View inName)
+{
+    KIO_HOST_CALL("kiocore::utility::FileUtils::BuildPathSpec", inFolder, inName);
+    return WithSeparator(inFolder, inName.size()) += inName;
 }
 
 bool FileUtils::FileOrDirExists(UTF16View inPath)

@@ -176,9 +176,12 @@ private:
 
 /// Runs inFunction() on the executor; a future of what it gives, flattened as by Then. A refusal makes the
 /// future fail with kError_ExecutorTerminated.
+/// @param inPriority  for callers that rank their work; changes nothing, as executors run tasks in the order
+///     of submission.
 /// @throws null_reference_exception when inExecutor is empty.
 template <typename Function>
-auto CallAsync(const std::shared_ptr<threads::AsyncExecutor>& inExecutor, Function inFunction);
+auto CallAsync(const std::shared_ptr<threads::AsyncExecutor>& inExecutor, Function inFunction,
+               int inPriority = 0);
 
 // ---------------------------------------------------------------------------------------------
 
@@ -388,7 +391,7 @@ auto Future<T>::Then(std::shared_ptr<threads::AsyncExecutor> inExecutor, Functio
 }
 
 template <typename Function>
-auto CallAsync(const std::shared_ptr<threads::AsyncExecutor>& inExecutor, Function inFunction)
+auto CallAsync(const std::shared_ptr<threads::AsyncExecutor>& inExecutor, Function inFunction, int)
 {
     using Result = typename detail::Flat<std::invoke_result_t<Function&>>::Type;
     if (!inExecutor) {

@@ -50,10 +50,27 @@ public:
     }
     std::uint32_t Code() const noexcept { return mCode; }
 
+    /// Says where it was thrown and which condition did not hold, for logs; the text stays as it is.
+    /// `throw` what this returns for a kio_exception itself; a class derived from it would be cut to one.
+    /// @param inSource, inFailedCondition  literals: kept as pointers.
+    kio_exception& At(const char* inSource, const char* inFailedCondition) noexcept
+    {
+        mSource = inSource;
+        mFailedCondition = inFailedCondition;
+        return *this;
+    }
+    /// "" when nobody said.
+    const char* Source() const noexcept { return mSource; }
+    const char* FailedCondition() const noexcept { return mFailedCondition; }
+    /// "source: failed condition" as logs show it; empty when nobody said.
+    std::string Place() const;
+
 private:
     std::string mText;
     std::size_t mMessageSize;
     std::uint32_t mCode;
+    const char* mSource = "";
+    const char* mFailedCondition = "";
 };
 
 /// A file operation failed. The text names the operation, the path and the system's reason.
@@ -76,6 +93,8 @@ public:
 };
 
 namespace config {
+
+using kiocore::kio_exception;
 
 /// Throws kio_exception (kError_Startup) with a localised message in which ^1 to ^4 stand for the
 /// four replacement values: ^1 is inValue1. Noted on trace channel "Errors" at level 1.

@@ -33,7 +33,8 @@ private:
 /// Threading: setters before other threads run; getters from any thread.
 class KIO_EXPORT Dir {
 public:
-    /// Where the user's preferences lie. "<XDG configuration folder>/<application's short name>" until set.
+    /// Where the user's preferences lie. "<XDG configuration folder>/<application's short name>" until set;
+    /// empty for a user who has no such folder.
     static Dir PrefDir();
     /// The folder need not exist yet; an empty path restores the default.
     static void SetPrefDir(const utility::UTF16String& inPath);

@@ -10,8 +10,9 @@
 
 namespace kiocore::filesupport {
 
-/// The system calls by which the host libraries change files, in one place, so that a test can let any of
-/// them fail, write short, or end the process. Each works as the system's own: result and errno.
+/// The system calls by which the host libraries change files, and read them block by block, in one place, so
+/// that a test can let any of them fail, fall short, or end the process. Each works as the system's own:
+/// result and errno.
 ///
 /// Threading: any thread.
 class KIO_EXPORT FileCalls {
@@ -19,6 +20,7 @@ public:
     virtual ~FileCalls();
     virtual int Open(const char* inPath, int inFlags, mode_t inMode);
     virtual int Close(int inFile);
+    virtual ssize_t Read(int inFile, void* outBytes, std::size_t inSize);
     virtual ssize_t Write(int inFile, const void* inBytes, std::size_t inSize);
     virtual int Sync(int inFile);
     virtual int SetTimes(int inFile, const timespec inTimes[2]);

@@ -49,15 +49,16 @@ KIO_EXPORT std::shared_ptr<AsyncExecutor> GetIOBoundExecutor();
 KIO_EXPORT std::shared_ptr<AsyncExecutor> CreateSubExecutor(const std::shared_ptr<AsyncExecutor>& inParent,
                                                             int inConcurrency);
 
-/// A serial executor with a thread of its own for work that must still get done while the process shuts down:
-/// TerminateExecutors waits until what was submitted to it has run and refuses later submissions; the pools
-/// go after it.
+/// The process's serial executor, with a thread of its own, for work that must still get done while the
+/// process shuts down. TerminateExecutors lets it run dry first: until then it takes tasks, also those that
+/// its tasks submit, from then on it refuses. The pools, which its tasks may need, go after it.
 KIO_EXPORT std::shared_ptr<AsyncExecutor> CreatePreTerminationExecutor();
 
-/// Ends both pools: later submissions are refused, what was accepted runs, the threads are joined.
+/// Ends the pre-termination executor, then both pools: later submissions are refused, what was accepted
+/// runs, the threads are joined.
 /// The next Create... makes anew. Happens by itself at exit, and from then on Create... gives a pool that
 /// refuses everything; handles may be let go later still.
-/// @throws kio_exception (kError_BadArgument) on a pool's thread, which it would have to wait for.
+/// @throws kio_exception (kError_BadArgument) on a thread of theirs, which it would have to wait for.
 KIO_EXPORT void TerminateExecutors();
 
 /// Puts another executor in a pool's place for as long as it lives, so that a test can hold tasks
@@ -65,7 +66,7 @@ KIO_EXPORT void TerminateExecutors();
 /// allowed, last in, first out.
 class KIO_EXPORT ScReplaceExecutor {
 public:
-    enum class Pool { kCPUBound, kIOBound };
+    enum class Pool { kCPUBound, kIOBound, kPreTermination };
     /// An empty replacement makes CreateCPUBoundExecutor (or the other) return an empty handle.
     ScReplaceExecutor(Pool inPool, std::shared_ptr<AsyncExecutor> inReplacement);
     ~ScReplaceExecutor();

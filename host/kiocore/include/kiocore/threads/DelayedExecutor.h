@@ -20,7 +20,10 @@ public:
 };
 
 /// A serial executor with one thread of its own, started with the first task and joined when the last
-/// reference goes (by itself, when that happens in a task of its own).
+/// reference goes (by itself, when that happens in a task of its own). Tasks whose time has come by then run
+/// before it ends. Tasks that are due at the same time run in order of submission. Waits on the system's
+/// steady time, whatever clock is in use.
+/// Refuses a task when the system gives it no thread.
 /// @param inName  of the thread, for debuggers; at most 15 bytes are shown.
 KIO_EXPORT std::shared_ptr<DelayedExecutor> CreateDelayedExecutor(const char* inName);
 

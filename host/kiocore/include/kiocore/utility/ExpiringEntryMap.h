@@ -8,12 +8,15 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace kiocore::utility {
 
-/// The executor that maps of expiring entries clean up on.
+/// The executor that maps of expiring entries clean up on: one for all who hold it at the same time. Its
+/// thread begins with the first pass and ends when nobody holds it any more.
 KIO_EXPORT std::shared_ptr<threads::DelayedExecutor> CreateExpiringEntryMapExecutor();
 
 /// Puts another executor in its place for maps made meanwhile, so that a test decides when time passes.
@@ -44,7 +47,10 @@ struct ExpiringEntryMapSettings {
 /// It runs on the executor a delay after it was queued, at most one is queued at a time: by Insert, and by a
 /// pass that leaves entries. So an entry may live for its age and one delay more.
 ///
-/// Threading: any thread. Values are let go without our lock, which is recursive.
+/// An executor that refuses a pass is asked again at the next Insert.
+///
+/// Threading: any thread. Values are let go, and the executor is called, without our lock, which is
+/// recursive.
 /// @tparam Value  derives from TimeStampable.
 template <typename Key, typename Value, typename Compare = std::less<Key>>
 class ExpiringEntryMap : public std::enable_shared_from_this<ExpiringEntryMap<Key, Value, Compare>> {
@@ -62,16 +68,115 @@ public:
     std::size_t Size() const;
 
 private:
+    using Entries = std::map<Key, ValueRef, Compare>;
+
     ExpiringEntryMap(const ExpiringEntryMapSettings& inSettings,
-                     std::shared_ptr<threads::DelayedExecutor> inExecutor);
-    void QueuePass();
+                     std::shared_ptr<threads::DelayedExecutor> inExecutor)
+        : mSettings(inSettings), mExecutor(std::move(inExecutor))
+    {}
+    threads::ScLock Lock() const { return threads::ScLock(mLock, mSettings.lockLimit); }
+    /// Called under the lock. @return whether the caller is to submit a pass, unlocked.
+    bool NeedsToQueuePass() { return !std::exchange(mPassIsQueued, true); }
+    void SubmitPass() noexcept;
     void RunPass();
 
     const ExpiringEntryMapSettings mSettings;
     const std::shared_ptr<threads::DelayedExecutor> mExecutor;
     mutable threads::RecursiveMutex mLock{"ExpiringEntryMap"}; // guards the members below
-    std::map<Key, ValueRef, Compare> mEntries;
+    Entries mEntries;
     bool mPassIsQueued = false;
 };
+
+// ---------------------------------------------------------------------------------------------
+
+template <typename Key, typename Value, typename Compare>
+std::shared_ptr<ExpiringEntryMap<Key, Value, Compare>>
+ExpiringEntryMap<Key, Value, Compare>::Create(const ExpiringEntryMapSettings& inSettings,
+                                              std::shared_ptr<threads::DelayedExecutor> inExecutor)
+{
+    return std::shared_ptr<ExpiringEntryMap>(new ExpiringEntryMap(inSettings, std::move(inExecutor)));
+}
+
+template <typename Key, typename Value, typename Compare>
+typename ExpiringEntryMap<Key, Value, Compare>::ValueRef
+ExpiringEntryMap<Key, Value, Compare>::Find(const Key& inKey)
+{
+    const TimeStampable::Time now = CoarseSteadyTime();
+    const threads::ScLock lock = Lock();
+    const auto found = mEntries.find(inKey);
+    if (found == mEntries.end()) {
+        return nullptr;
+    }
+    // Within the lock: a pass must not take for idle what somebody is just getting.
+    found->second->RaiseTimeStamp(now);
+    return found->second;
+}
+
+template <typename Key, typename Value, typename Compare>
+void ExpiringEntryMap<Key, Value, Compare>::Insert(const Key& inKey, ValueRef inValue)
+{
+    inValue->RaiseTimeStamp(CoarseSteadyTime());
+    bool submit;
+    {
+        const threads::ScLock lock = Lock();
+        mEntries[inKey].swap(inValue); // what was there is let go unlocked, with the argument
+        submit = NeedsToQueuePass();
+    }
+    if (submit) {
+        SubmitPass();
+    }
+}
+
+template <typename Key, typename Value, typename Compare>
+std::size_t ExpiringEntryMap<Key, Value, Compare>::Size() const
+{
+    const threads::ScLock lock = Lock();
+    return mEntries.size();
+}
+
+template <typename Key, typename Value, typename Compare>
+void ExpiringEntryMap<Key, Value, Compare>::SubmitPass() noexcept
+{
+    int result = -1;
+    try {
+        result = mExecutor->SubmitAfter(mSettings.passDelay, [weak = this->weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->RunPass();
+            }
+        });
+    } catch (...) {
+        threads::ReportException("Queueing a pass over a map of expiring entries");
+    }
+    if (result < 0) {
+        const threads::ScLock lock = Lock();
+        mPassIsQueued = false;
+    }
+}
+
+template <typename Key, typename Value, typename Compare>
+void ExpiringEntryMap<Key, Value, Compare>::RunPass()
+{
+    const TimeStampable::Time oldest = CoarseSteadyTime() - mSettings.age;
+    Entries expired; // let go unlocked
+    bool submit = false;
+    {
+        const threads::ScLock lock = Lock();
+        mPassIsQueued = false;
+        if (mEntries.size() <= mSettings.keptRegardlessOfAge) {
+            return;
+        }
+        for (auto entry = mEntries.begin(); entry != mEntries.end();) {
+            const auto next = std::next(entry);
+            if (entry->second->GetTimeStamp() < oldest) {
+                expired.insert(expired.end(), mEntries.extract(entry)); // moves the node: nothing allocates
+            }
+            entry = next;
+        }
+        submit = !mEntries.empty() && NeedsToQueuePass();
+    }
+    if (submit) {
+        SubmitPass();
+    }
+}
 
 } // namespace kiocore::utility

@@ -12,6 +12,9 @@ class KIO_EXPORT FileUtils {
 public:
     /// The path with a separator at its end; unchanged when it has one; empty stays empty.
     static UTF16String AddTrailingSlash(UTF16View inPath);
+    /// The path of what has the name in the folder: both with one separator between them; just the name when
+    /// the folder is empty.
+    static UTF16String BuildPathSpec(UTF16View inFolder, UTF16View inName);
     /// Follows symbolic links. False also when a folder on the way may not be searched.
     static bool FileOrDirExists(UTF16View inPath);
     /// True when the path exists and this user may not write to it (a folder: not make files in it).
