@@ -1,6 +1,6 @@
 #include <kiocore/debug/Trace.h>
 
-#include <unistd.h>
+#include "platform/StandardError.h"
 
 #include <charconv>
 #include <map>
@@ -32,17 +32,10 @@ void WriteToStandardError(std::string_view inChannel, std::string_view inText)
     std::string line;
     line.reserve(inChannel.size() + inText.size() + 4);
     line.append("[").append(inChannel).append("] ").append(inText);
-    if (!line.ends_with('\n')) {
-        line += '\n';
+    if (line.ends_with('\n')) {
+        line.pop_back();
     }
-    // One write, so that lines of several processes on one terminal stay whole.
-    for (std::size_t done = 0; done < line.size();) {
-        const ssize_t more = ::write(STDERR_FILENO, line.data() + done, line.size() - done);
-        if (more <= 0) {
-            return; // nobody to tell
-        }
-        done += static_cast<std::size_t>(more);
-    }
+    platform::WriteLineToStandardError(std::move(line));
 }
 
 } // namespace

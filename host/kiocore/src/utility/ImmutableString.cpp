@@ -3,14 +3,11 @@
 #include <new>
 
 namespace kiocore::utility {
+namespace {
 
-/// A counted block; the text and its zero byte follow it.
-struct ImmutableString::Shared {
-    std::atomic<std::size_t> references{1};
-    std::size_t size;
+using Counter = std::atomic<std::size_t>;
 
-    char* Text() { return reinterpret_cast<char*>(this + 1); }
-};
+} // namespace
 
 ImmutableString::ImmutableString(std::string_view inText)
 {
@@ -18,27 +15,11 @@ ImmutableString::ImmutableString(std::string_view inText)
         SetInline(inText);
         return;
     }
-    auto* shared = new (::operator new(sizeof(Shared) + inText.size() + 1)) Shared;
-    shared->size = inText.size();
-    std::memcpy(shared->Text(), inText.data(), inText.size());
-    shared->Text()[inText.size()] = '\0';
-    std::memset(mBytes, 0, sizeof(mBytes));
-    std::memcpy(mBytes, &shared, sizeof(shared));
-    mBytes[kSizeAt] = kIsShared;
-}
-
-ImmutableString::ImmutableString(const ImmutableString& inOther) noexcept
-{
-    std::memcpy(mBytes, inOther.mBytes, sizeof(mBytes));
-    if (IsShared()) {
-        Get()->references.fetch_add(1, std::memory_order_relaxed);
-    }
-}
-
-ImmutableString::ImmutableString(ImmutableString&& inOther) noexcept
-{
-    std::memcpy(mBytes, inOther.mBytes, sizeof(mBytes));
-    inOther.SetInline({});
+    void* block = ::operator new(sizeof(Counter) + inText.size() + 1);
+    char* text = reinterpret_cast<char*>(new (block) Counter(1) + 1);
+    std::memcpy(text, inText.data(), inText.size());
+    text[inText.size()] = '\0';
+    SetElsewhere({text, inText.size(), kIsShared});
 }
 
 ImmutableString& ImmutableString::operator=(const ImmutableString& inOther) noexcept
@@ -67,25 +48,12 @@ const ImmutableString& ImmutableString::Empty()
     return empty;
 }
 
-ImmutableString::Shared* ImmutableString::Get() const noexcept
-{
-    Shared* shared;
-    std::memcpy(&shared, mBytes, sizeof(shared));
-    return shared;
-}
-
-std::string_view ImmutableString::SharedView() const noexcept
-{
-    Shared* shared = Get();
-    return {shared->Text(), shared->size};
-}
-
 void ImmutableString::Release() noexcept
 {
-    Shared* shared = Get();
-    if (shared->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        shared->~Shared();
-        ::operator delete(shared);
+    Counter& references = References();
+    if (references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        references.~Counter();
+        ::operator delete(&references);
     }
 }
 

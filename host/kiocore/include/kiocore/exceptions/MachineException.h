@@ -39,7 +39,8 @@ struct GuardFrame {
     int code;
     std::uintptr_t address;
 };
-KIO_EXPORT void Arm(GuardFrame& ioFrame) noexcept;
+/// @throws std::bad_alloc, and std::system_error when the signals cannot be had.
+KIO_EXPORT void Arm(GuardFrame& ioFrame);
 KIO_EXPORT void Disarm(GuardFrame& inFrame) noexcept;
 /// After a fault: the guard is disarmed, the crash context as deep as when it was armed.
 [[noreturn]] KIO_EXPORT void ThrowMachineException(GuardFrame& ioFrame);
@@ -48,15 +49,20 @@ KIO_EXPORT void Disarm(GuardFrame& inFrame) noexcept;
 
 /// Runs inFunction() and turns a memory-access fault in it into a machine_exception. Destructors of what
 /// stood on the stack between here and the fault do not run: what it held is lost, locks among it stay
-/// locked. So inFunction does little and owns nothing. Guards nest; the innermost of the faulting thread
-/// takes the fault. The first guard of the process installs the signal handlers that it needs.
+/// locked. So inFunction does little and owns nothing; what it wrote just before may not have reached memory.
+/// Guards nest; the innermost of the faulting thread takes the fault, and crash contexts pushed since are
+/// dropped. Also a stack overflow is caught.
+///
+/// The first guard of the process installs the signal handlers that it needs. A fault outside of guards goes
+/// on to whoever had the signal before, unless crash handling is installed. A signal that was sent (kill,
+/// raise) is no fault.
 ///
 /// Threading: any thread; each has guards of its own.
 template <typename Function>
 void GuardMachineExceptions(Function&& inFunction)
 {
     detail::GuardFrame frame;
-    // No signal mask is saved: that would be a system call each time. The handler keeps the mask as it was.
+    // No signal mask is saved: that would be a system call each time. The handler restores it.
     if (sigsetjmp(frame.jump, 0) != 0) {
         detail::ThrowMachineException(frame);
     }

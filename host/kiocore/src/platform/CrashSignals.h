@@ -1,0 +1,26 @@
+#pragma once
+
+namespace kiocore::platform {
+
+/// The signals of a crash, and who gets them: the armed guard of the faulting thread, else crash handling
+/// while it is on, else whoever had the signal before us.
+///
+/// Threading: any thread, except as crash handling's own functions say.
+
+/// SIGSEGV and SIGBUS come to us from now on, for guards. One load once they do.
+/// @throws std::system_error when the system refuses.
+void TakeFaultSignals();
+
+/// All of them come to us, and crash handling is on for this process, though not for its forked children.
+/// @param inRunCallbacks  called at most once, in the signal handler.
+/// @throws std::system_error when the system refuses.
+void SwitchCrashHandlingOn(void (*inRunCallbacks)() noexcept);
+/// The signals go back, except those that guards need, and those that somebody else has taken since, who may
+/// count on us as the one before him.
+void SwitchCrashHandlingOff() noexcept;
+bool IsCrashHandlingOn() noexcept;
+
+/// Whether the calling thread is in inRunCallbacks.
+bool IsThisThreadCrashing() noexcept;
+
+} // namespace kiocore::platform
