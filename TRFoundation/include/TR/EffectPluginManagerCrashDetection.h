@@ -20,7 +20,7 @@ namespace TR {
 
 inline constexpr const char* kPluginManagerCrashDetectionFeature = "Vre.PluginManagerCrashDetection";
 /// Key of the crash-context entry; its value is the CrashedEffectPlugin as compact JSON.
-inline constexpr const char* kCrashContextMetadataKey = "TR.CrashedEffectPluginMetadata";
+inline constexpr char kCrashContextMetadataKey[] = "TR.CrashedEffectPluginMetadata";
 /// Debug-database switch: the next sentinel of one of nine effects provokes a fault inside a
 /// machine-exception guard, to try the detection end to end. Set back to false when it did. The nine are
 ///   frei0r.brightness, frei0r.glow, frei0r.invert0r, frei0r.pixeliz0r, frei0r.dissolve,
