@@ -15,7 +15,8 @@ namespace {
 /// What was declared and what was said of it. Two things, as the host's configuration may speak first.
 struct Registry {
     std::mutex lock; // guards the members below
-    std::map<std::string, const BetaFeature*, std::less<>> declared;
+    // Never an empty list. The last one of a name counts: the others are of libraries loaded before.
+    std::map<std::string, std::vector<const BetaFeature*>, std::less<>> declared;
     std::map<std::string, bool, std::less<>> said;
 
     bool IsEnabled(std::string_view inName) const
@@ -24,7 +25,7 @@ struct Registry {
             return found->second;
         }
         const auto found = declared.find(inName);
-        return found != declared.end() && found->second->Default() == DefaultEnablement::kOn;
+        return found != declared.end() && found->second.back()->Default() == DefaultEnablement::kOn;
     }
 };
 
@@ -45,16 +46,16 @@ BetaFeature::BetaFeature(const char* inName, const char* inDisplayName, const ch
 {
     Registry& registry = GetRegistry();
     std::lock_guard lock(registry.lock);
-    registry.declared[mName] = this;
+    registry.declared[mName].push_back(this);
 }
 
 BetaFeature::~BetaFeature()
 {
     Registry& registry = GetRegistry();
     std::lock_guard lock(registry.lock);
-    // A later declaration of the same name stays.
-    if (const auto found = registry.declared.find(mName);
-        found != registry.declared.end() && found->second == this) {
+    const auto found = registry.declared.find(mName);
+    std::erase(found->second, this);
+    if (found->second.empty()) {
         registry.declared.erase(found);
     }
 }
@@ -96,12 +97,20 @@ void ResetFeature(std::string_view inName)
 std::vector<FeatureInfo> GetFeatures()
 {
     std::vector<FeatureInfo> features;
-    Registry& registry = GetRegistry();
-    std::lock_guard lock(registry.lock);
-    features.reserve(registry.declared.size());
-    for (const auto& [name, feature] : registry.declared) {
-        features.push_back({name, feature->DisplayName(), feature->Stage(), registry.IsEnabled(name),
-                            registry.said.count(name) == 0});
+    std::vector<std::string> displayNames;
+    {
+        Registry& registry = GetRegistry();
+        std::lock_guard lock(registry.lock);
+        for (const auto& [name, declared] : registry.declared) {
+            const BetaFeature& feature = *declared.back();
+            features.push_back(
+                {name, {}, feature.Stage(), registry.IsEnabled(name), registry.said.count(name) == 0});
+            displayNames.emplace_back(feature.mDisplayName);
+        }
+    }
+    // Translated unlocked, from copies: a feature may go meanwhile with its library's literals.
+    for (std::size_t i = 0; i < features.size(); ++i) {
+        features[i].displayName = Localizer::GetText(displayNames[i]);
     }
     return features;
 }

@@ -18,7 +18,7 @@ enum class EnablementChanges { kAtOnce = 0, kAfterRestart = 1 };
 enum class DefaultEnablement { kOff = 0, kOn = 1 };
 
 /// A feature that can be switched on or off as a whole. Declared as a static object by the library that has
-/// it; known from then on, until the object goes.
+/// it; known from then on, until the object goes. Of several with one name, the one declared last counts.
 ///
 /// Threading: declared while libraries load; the rest on any thread.
 class KIO_EXPORT BetaFeature {
@@ -41,6 +41,8 @@ public:
     DefaultEnablement Default() const noexcept { return mDefault; }
 
 private:
+    friend std::vector<struct FeatureInfo> GetFeatures();
+
     const char* const mName;
     const char* const mDisplayName;
     const char* const mDescription;

@@ -124,8 +124,48 @@ TEST(AsyncExecutor, TerminationRunsWhatWasAcceptedAndRefusesTheRest)
 
 TEST(AsyncExecutor, TerminatingFromAPoolsThreadIsRefusedRatherThanHanging)
 {
-    EXPECT_THROW(kiocore::async::CallAsync(GetCPUBoundExecutor(), [] { TerminateExecutors(); }).Get(),
-                 kiocore::kio_exception);
+    for (const auto& executor : {GetCPUBoundExecutor(), CreatePreTerminationExecutor()}) {
+        EXPECT_THROW(kiocore::async::CallAsync(
+                         executor, [] { TerminateExecutors(); }, 0)
+                         .Get(),
+                     kiocore::kio_exception);
+    }
+    TerminateExecutors();
+}
+
+TEST(PreTerminationExecutor, RunsDryBeforeThePoolsEnd)
+{
+    const auto executor = CreatePreTerminationExecutor();
+    EXPECT_EQ(CreatePreTerminationExecutor(), executor);
+    support::TraceRecorder trace("Host");
+    int followed = 0;
+    int refused = 0;
+    int fromPool = 0;
+    // Submits what follows from it for long after the termination has begun, and needs a pool in the end.
+    std::function<void()> follow = [&] {
+        followed += trace.CountContaining("TerminateExecutors") > 0;
+        if (followed < 1000) {
+            refused += executor->Submit(follow) < 0;
+            return;
+        }
+        trace.Clear();
+        fromPool = kiocore::async::CallAsync(GetCPUBoundExecutor(), [] { return 7; }).Get();
+    };
+    ASSERT_EQ(executor->Submit(follow), 0);
+    TerminateExecutors();
+    EXPECT_EQ(followed, 1000);
+    EXPECT_EQ(refused, 0);
+    EXPECT_EQ(fromPool, 7);
+
+    const auto late = kiocore::async::CallAsync(executor, [] { return 1; });
+    try {
+        late.Get();
+        ADD_FAILURE() << "ran";
+    } catch (const kiocore::kio_exception& exception) {
+        EXPECT_EQ(exception.Text(), u"Executor Is Terminated");
+        EXPECT_EQ(exception.Code(), kiocore::kError_ExecutorTerminated);
+    }
+    EXPECT_EQ(kiocore::async::CallAsync(CreatePreTerminationExecutor(), [] { return 2; }).Get(), 2);
     TerminateExecutors();
 }
 
@@ -273,8 +313,17 @@ struct AtTheEnd {
 
 TEST(AsyncExecutor, AtExitAcceptedWorkRunsAndLateHandlesAreRefused)
 {
-    for (const bool exitOnPoolThread : {false, true}) {
-        SCOPED_TRACE(exitOnPoolThread ? "a task calls exit" : "main calls exit");
+    const struct {
+        const char* name;
+        std::shared_ptr<AsyncExecutor> (*exitOn)();
+        const char* expected;
+    } kCases[] = {
+        {"main calls exit", nullptr, "ttttttttttr"},
+        {"a task calls exit", &CreateCPUBoundExecutor, "r"},
+        {"a task before termination calls exit", &CreatePreTerminationExecutor, "r"},
+    };
+    for (const auto& test : kCases) {
+        SCOPED_TRACE(test.name);
         int ends[2];
         ASSERT_EQ(pipe(ends), 0);
         std::fflush(nullptr); // a child that exits would write what is buffered once more
@@ -283,8 +332,8 @@ TEST(AsyncExecutor, AtExitAcceptedWorkRunsAndLateHandlesAreRefused)
             sExitPipe = ends[1];
             sGlobalQueue = CreateSubExecutor(CreateCPUBoundExecutor(), 1);
             const auto run = [] { [[maybe_unused]] const auto written = write(sExitPipe, "t", 1); };
-            if (exitOnPoolThread) {
-                CreateCPUBoundExecutor()->Submit([] { std::exit(0); });
+            if (test.exitOn) {
+                test.exitOn()->Submit([] { std::exit(0); });
                 for (;;) {
                     pause();
                 }
@@ -292,6 +341,7 @@ TEST(AsyncExecutor, AtExitAcceptedWorkRunsAndLateHandlesAreRefused)
             for (int i = 0; i < 9; ++i) {
                 sGlobalQueue->Submit(run);
             }
+            CreatePreTerminationExecutor()->Submit(run);
             std::exit(0);
         }
         close(ends[1]);
@@ -303,6 +353,6 @@ TEST(AsyncExecutor, AtExitAcceptedWorkRunsAndLateHandlesAreRefused)
         int status = -1;
         waitpid(child, &status, 0);
         EXPECT_EQ(status, 0);
-        EXPECT_EQ(seen, exitOnPoolThread ? "r" : "tttttttttr");
+        EXPECT_EQ(seen, test.expected);
     }
 }

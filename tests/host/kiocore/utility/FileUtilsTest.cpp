@@ -27,6 +27,9 @@ TEST(FileUtils, AddsASeparatorWhereThereIsNone)
     EXPECT_EQ(FileUtils::AddTrailingSlash(u"/a/"), u"/a/");
     EXPECT_EQ(FileUtils::AddTrailingSlash(u"/"), u"/");
     EXPECT_EQ(FileUtils::AddTrailingSlash(u""), u"") << "an empty path must not become the root";
+    EXPECT_EQ(FileUtils::BuildPathSpec(u"/a", u"b"), u"/a/b");
+    EXPECT_EQ(FileUtils::BuildPathSpec(u"/a/", u"b"), u"/a/b");
+    EXPECT_EQ(FileUtils::BuildPathSpec(u"", u"b"), u"b");
 }
 
 TEST(FileUtils, TouchingLeavesTheModificationTimeToTheNanosecond)
