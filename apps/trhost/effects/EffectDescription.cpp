@@ -156,6 +156,16 @@ namespace trhost::effects {
 
 using DescriptionSerializer = kiocore::serialization::Serializer<EffectDescription>;
 
+kiocore::serialization::JSON ToJSON(const EffectDescription& inDescription)
+{
+    return kiocore::serialization::JSONConvert<EffectDescription>::ToJSON(inDescription);
+}
+
+EffectDescription FromJSON(const kiocore::serialization::JSON& inValue)
+{
+    return kiocore::serialization::JSONConvert<EffectDescription>::FromJSON(inValue);
+}
+
 std::string ToJSONText(const EffectDescription& inDescription)
 {
     return DescriptionSerializer::ToUTF8String(inDescription);

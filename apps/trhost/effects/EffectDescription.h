@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kiocore/serialization/JSON.h>
 #include <kiomediatypes/PixelFormat.h>
 
 #include <string>
@@ -55,7 +56,11 @@ struct EffectDescription {
     std::string refusal;
 };
 
-/// As one JSON object on one line, and back.
+/// As a JSON object, and back.
+kiocore::serialization::JSON ToJSON(const EffectDescription& inDescription);
+/// @throws kiocore::serialization::bad_cast_exception.
+EffectDescription FromJSON(const kiocore::serialization::JSON& inValue);
+/// The same as text on one line.
 std::string ToJSONText(const EffectDescription& inDescription);
 /// @throws kiocore::serialization::not_well_formed_exception, bad_cast_exception.
 EffectDescription FromJSONText(const std::string& inText);

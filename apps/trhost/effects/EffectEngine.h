@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EffectDescription.h"
+#include "FrameMemory.h"
 #include "PluginCalls.h"
 
 #include <MF/VideoFrame.h>
@@ -74,6 +75,9 @@ struct VideoEffectForm {
     double framesPerSecond = 25;
     /// Of EffectDescription::formats; kPixelFormat_Any takes the best.
     kiomediatypes::PixelFormat format = kiomediatypes::kPixelFormat_Any;
+    /// Hands the plug-in pictures of exactly this size, also where the engine would pad them to sizes that
+    /// the plug-in gets along with. For trying plug-ins out.
+    bool isExact = false;
 };
 
 /// Asked of a module (IFilterModule, ITransitionModule) that runs on pictures.
@@ -124,6 +128,11 @@ public:
     /// Files beside inFile whose change makes descriptions out of date: native paths, resolved.
     virtual std::vector<std::string> FilesBehind(const std::string& inFile) = 0;
 
+    /// Whose memory the buffers that plug-ins see come from, from the next Open on; null, as at first, is the
+    /// engine's own. Before any plug-in is opened, or after all instances have gone.
+    /// @param inMemory  outlives the instances.
+    virtual void SetFrameMemory(IFrameMemory* inMemory) = 0;
+
     /// Loads a plug-in to run it: an IFilterModule for filters (video and audio) and generators.
     /// @throws kio_exception (kEffectError_NoPlugin, kEffectError_Refused).
     virtual TR::IFilterModuleRef OpenFilter(const EffectDescription& inDescription) = 0;
@@ -132,7 +141,7 @@ public:
 };
 
 /// Changes whenever anything in these headers does, so that a module of another build is noticed.
-inline constexpr int kEffectEngineVersion = 1;
+inline constexpr int kEffectEngineVersion = 2;
 
 /// File names of the modules, below "<library folder>/trhost/", and the one function of each.
 inline constexpr const char* kFrei0rModuleFileName = "trhost_frei0r.so";

@@ -1,0 +1,40 @@
+#include "CatchingCalls.h"
+
+#include "EffectEngine.h"
+
+#include <kiocore/config/Errors.h>
+
+#include <cxxabi.h>
+#include <exception>
+
+namespace trhost::effects {
+
+void CatchingCalls::Call(const TR::IFilterModuleRef& inModule, const std::function<void()>& inCall)
+{
+    Run(inModule ? inModule->GetMatchName().AsString() : std::string("plug-in"), inCall);
+}
+
+void CatchingCalls::Call(const kiocore::ImmutableString& inMatchName, const TR::ITransitionModuleRef&,
+                         const std::function<void()>& inCall)
+{
+    Run(inMatchName.AsString(), inCall);
+}
+
+void CatchingCalls::Run(const std::string& inMatchName, const std::function<void()>& inCall)
+{
+    try {
+        mWatch ? mWatch(inCall) : inCall();
+    } catch (const kiocore::kio_exception&) {
+        throw; // the engine's own
+    } catch (const std::exception& problem) {
+        throw kiocore::kio_exception(inMatchName + " threw an exception: " + problem.what(),
+                                     kEffectError_PluginFailed);
+    } catch (const abi::__forced_unwind&) {
+        throw; // a thread that is being cancelled, which nothing may stop
+    } catch (...) {
+        throw kiocore::kio_exception(inMatchName + " threw something that is no exception",
+                                     kEffectError_PluginFailed);
+    }
+}
+
+} // namespace trhost::effects
