@@ -2,11 +2,19 @@
 
 #include "debug/CrashThread.h"
 
+#include <algorithm>
+
 namespace kiocore::debug {
 
 void PushCrashContextForCurrentThread(utility::Dictionary inEntry)
 {
     CrashThread::Demand().Push(std::move(inEntry));
+}
+
+void PushCrashContextForCurrentThread(const utility::ImmutableString& inKey,
+                                      const utility::ImmutableString& inText)
+{
+    CrashThread::Demand().Push(inKey, inText);
 }
 
 void PopCrashContextForCurrentThread() noexcept
@@ -39,9 +47,7 @@ CrashContextStack InspectCrashContextForCurrentThread() noexcept
 void UnwindCrashContextForCurrentThread(std::size_t inDepth) noexcept
 {
     if (CrashThread* thread = CrashThread::Current()) {
-        while (thread->Depth() > inDepth) {
-            thread->Pop();
-        }
+        thread->Unwind(std::min(inDepth, thread->Depth()));
     }
 }
 

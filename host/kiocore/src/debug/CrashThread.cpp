@@ -2,8 +2,6 @@
 
 #include "platform/ThreadEnd.h"
 
-#include <new>
-
 namespace kiocore::debug {
 
 __thread CrashThread* CrashThread::sCurrent = nullptr;
@@ -11,16 +9,6 @@ __thread CrashThread* CrashThread::sCurrent = nullptr;
 CrashThread::CrashThread()
 {
     AddChunk(0);
-}
-
-CrashThread::~CrashThread()
-{
-    while (Depth() > 0) {
-        Pop();
-    }
-    for (utility::Dictionary* chunk : mChunks) {
-        ::operator delete(chunk);
-    }
 }
 
 CrashThread& CrashThread::Make()
@@ -48,8 +36,7 @@ void CrashThread::AtThreadEnd(void* inThread) noexcept
 
 void CrashThread::AddChunk(std::size_t inChunk)
 {
-    mChunks[inChunk] = static_cast<utility::Dictionary*>(
-        ::operator new(sizeof(utility::Dictionary) * (kFirstChunkSlots << inChunk)));
+    mChunks[inChunk] = std::make_unique<utility::Dictionary[]>(kFirstChunkSlots << inChunk);
 }
 
 } // namespace kiocore::debug

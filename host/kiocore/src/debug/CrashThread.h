@@ -8,6 +8,7 @@
 #include <atomic>
 #include <bit>
 #include <cstddef>
+#include <memory>
 
 namespace kiocore::exceptions::detail {
 struct GuardFrame;
@@ -31,23 +32,31 @@ public:
         return depth;
     }
     /// @param inIndex  0 is the outermost; below Depth().
-    const utility::Dictionary& At(std::size_t inIndex) const noexcept { return *Slot(Locate(inIndex)); }
+    const utility::Dictionary& At(std::size_t inIndex) const noexcept { return Slot(inIndex); }
     void Push(utility::Dictionary&& inEntry);
-    void Pop() noexcept;
-
-    /// The armed guards of the thread, innermost first.
-    exceptions::detail::GuardFrame* Guard() const noexcept { return mGuard.load(std::memory_order_relaxed); }
-    void SetGuard(exceptions::detail::GuardFrame* inGuard) noexcept
+    void Push(const ImmutableString& inKey, const ImmutableString& inText);
+    /// Drops entries until inDepth are left. Touches nothing but the depth.
+    void Unwind(std::size_t inDepth) noexcept
     {
-        // What the frame tells must be there before the handler can see it.
         std::atomic_signal_fence(std::memory_order_release);
-        mGuard.store(inGuard, std::memory_order_relaxed);
-        std::atomic_signal_fence(std::memory_order_release);
+        mDepth.store(inDepth, std::memory_order_relaxed);
+        std::atomic_signal_fence(std::memory_order_acq_rel); // out of sight before its slot is used again
     }
+    void Pop() noexcept
+    {
+        if (const std::size_t depth = mDepth.load(std::memory_order_relaxed)) {
+            Unwind(depth - 1);
+        }
+    }
+
+    /// The innermost armed guard of the thread.
+    std::atomic<exceptions::detail::GuardFrame*>& Guard() noexcept { return mGuard; }
 
 private:
     /// Slots lie in chunks, each twice the size of the one before, so that none ever moves and a slot is
-    /// found by arithmetic.
+    /// found by arithmetic. A popped entry stays in its slot until the next one comes: who pushes the same
+    /// again, as a plug-in that is called for every frame does, then counts no references, which threads
+    /// would contend for; and unwinding after a fault frees no memory, whose books may be open.
     static constexpr std::size_t kFirstChunkBits = 3;
     static constexpr std::size_t kFirstChunkSlots = std::size_t(1) << kFirstChunkBits;
     static constexpr std::size_t kMostChunks = 40;
@@ -59,13 +68,30 @@ private:
     static Place Locate(std::size_t inIndex) noexcept
     {
         const std::size_t number = inIndex + kFirstChunkSlots;
-        const std::size_t top = static_cast<std::size_t>(std::bit_width(number)) - 1;
+        const std::size_t top = static_cast<std::size_t>(std::bit_width(number | 1)) - 1;
         return {top - kFirstChunkBits, number - (std::size_t(1) << top)};
     }
-    utility::Dictionary* Slot(Place inPlace) const noexcept { return mChunks[inPlace.chunk] + inPlace.slot; }
+    utility::Dictionary& Slot(std::size_t inIndex) const noexcept
+    {
+        const Place place = Locate(inIndex);
+        return mChunks[place.chunk][place.slot];
+    }
+    /// The slot for the next entry.
+    utility::Dictionary& FreeSlot(std::size_t inDepth)
+    {
+        const Place place = Locate(inDepth);
+        if (!mChunks[place.chunk]) [[unlikely]] {
+            AddChunk(place.chunk);
+        }
+        return mChunks[place.chunk][place.slot];
+    }
+    void Show(std::size_t inDepth) noexcept
+    {
+        std::atomic_signal_fence(std::memory_order_release); // complete before it can be seen
+        mDepth.store(inDepth, std::memory_order_relaxed);
+    }
 
     CrashThread();
-    ~CrashThread();
     static CrashThread& Make();
     static void AtThreadEnd(void* inThread) noexcept;
     void AddChunk(std::size_t inChunk);
@@ -76,31 +102,25 @@ private:
 
     std::atomic<std::size_t> mDepth{0};
     std::atomic<exceptions::detail::GuardFrame*> mGuard{nullptr};
-    std::array<utility::Dictionary*, kMostChunks> mChunks{}; // memory without objects beyond mDepth
+    std::array<std::unique_ptr<utility::Dictionary[]>, kMostChunks> mChunks;
     platform::AlternateStack mAlternateStack;
 };
 
 inline void CrashThread::Push(utility::Dictionary&& inEntry)
 {
     const std::size_t depth = mDepth.load(std::memory_order_relaxed);
-    const Place place = Locate(depth);
-    if (!mChunks[place.chunk]) [[unlikely]] {
-        AddChunk(place.chunk);
-    }
-    new (Slot(place)) utility::Dictionary(std::move(inEntry));
-    std::atomic_signal_fence(std::memory_order_release); // complete before it can be seen
-    mDepth.store(depth + 1, std::memory_order_relaxed);
+    FreeSlot(depth) = std::move(inEntry);
+    Show(depth + 1);
 }
 
-inline void CrashThread::Pop() noexcept
+inline void CrashThread::Push(const ImmutableString& inKey, const ImmutableString& inText)
 {
     const std::size_t depth = mDepth.load(std::memory_order_relaxed);
-    if (depth == 0) {
-        return;
+    utility::Dictionary& slot = FreeSlot(depth);
+    if (!slot.IsCopyOf(inKey, inText)) [[unlikely]] {
+        slot = utility::Dictionary(inKey, inText);
     }
-    mDepth.store(depth - 1, std::memory_order_relaxed);
-    std::atomic_signal_fence(std::memory_order_acq_rel); // out of sight before it is destroyed
-    Slot(Locate(depth - 1))->~Dictionary();
+    Show(depth + 1);
 }
 
 } // namespace kiocore::debug

@@ -22,18 +22,34 @@ std::optional<int> GetMachineExceptionCode(const std::exception& inException) no
 
 namespace detail {
 
-void Arm(GuardFrame& ioFrame)
+namespace {
+
+void ArmOn(debug::CrashThread& ioThread, GuardFrame& ioFrame) noexcept
 {
-    debug::CrashThread& thread = debug::CrashThread::Demand();
-    platform::TakeFaultSignals();
-    ioFrame.outer = thread.Guard();
-    ioFrame.contextDepth = thread.Depth();
-    thread.SetGuard(&ioFrame);
+    ioFrame.innermost = &ioThread.Guard();
+    ioFrame.outer = ioFrame.innermost->load(std::memory_order_relaxed);
+    ioFrame.contextDepth = ioThread.Depth();
+    std::atomic_signal_fence(std::memory_order_release); // complete before the handler can see it
+    ioFrame.innermost->store(&ioFrame, std::memory_order_relaxed);
+    std::atomic_signal_fence(std::memory_order_acq_rel);
 }
 
-void Disarm(GuardFrame& inFrame) noexcept
+/// Kept apart, so that the usual way through Arm saves no registers.
+[[gnu::noinline]] void ArmFirst(GuardFrame& ioFrame)
 {
-    debug::CrashThread::Current()->SetGuard(inFrame.outer);
+    platform::TakeFaultSignals();
+    ArmOn(debug::CrashThread::Demand(), ioFrame);
+}
+
+} // namespace
+
+void Arm(GuardFrame& ioFrame)
+{
+    debug::CrashThread* thread = debug::CrashThread::Current();
+    if (!thread || !platform::AreFaultSignalsTaken()) [[unlikely]] {
+        return ArmFirst(ioFrame);
+    }
+    ArmOn(*thread, ioFrame);
 }
 
 void ThrowMachineException(GuardFrame& ioFrame)

@@ -27,7 +27,6 @@ constexpr std::size_t kFaultCount = 2;
 std::mutex sInstallLock; // for installing; never taken by the handler
 struct sigaction sBefore[kSignalCount];
 std::atomic<bool> sIsOurs[kSignalCount]; // somebody may call us as the one before him even when it is not set
-std::atomic<bool> sGuardsUsed{false};
 std::atomic<bool> sIsOn{false};
 std::atomic<void (*)() noexcept> sRunCallbacks{nullptr};
 std::atomic<pid_t> sProcess{0};
@@ -47,11 +46,12 @@ std::size_t IndexOf(int inSignal) noexcept
 void OfferToGuard(int inSignal, const siginfo_t& inInfo, const ucontext_t* inContext) noexcept
 {
     debug::CrashThread* thread = debug::CrashThread::Current();
-    exceptions::detail::GuardFrame* guard = thread ? thread->Guard() : nullptr;
+    exceptions::detail::GuardFrame* guard =
+        thread ? thread->Guard().load(std::memory_order_relaxed) : nullptr;
     if (!guard || IndexOf(inSignal) >= kFaultCount || !IsFromTheProcessor(inInfo)) {
         return;
     }
-    thread->SetGuard(guard->outer);
+    exceptions::detail::Disarm(*guard);
     guard->code = inSignal;
     guard->address = reinterpret_cast<std::uintptr_t>(inInfo.si_addr);
     // The jump restores no mask. What a handler that calls us as the one before him has blocked, would stay
@@ -144,7 +144,7 @@ void HandleCrash(int inSignal, const siginfo_t& inInfo, ucontext_t* ioContext) n
     sFirstSignal.store(inSignal);
     BlockAllBut(kSignals); // no other handler in between
     if (debug::CrashThread* thread = debug::CrashThread::Current()) {
-        thread->SetGuard(nullptr); // a fault in a callback must not lead back into the program
+        thread->Guard().store(nullptr); // a fault in a callback must not lead back into the program
     }
     debug::gHostTraceOn.store(false, std::memory_order_relaxed); // a trace line needs memory
     if (auto* runCallbacks = sRunCallbacks.load()) {
@@ -202,16 +202,15 @@ void GiveBack(std::size_t inIndex) noexcept
 
 } // namespace
 
+std::atomic<bool> gFaultSignalsTaken{false};
+
 void TakeFaultSignals()
 {
-    if (sGuardsUsed.load(std::memory_order_acquire)) [[likely]] {
-        return;
-    }
     std::lock_guard lock(sInstallLock);
     for (std::size_t i = 0; i < kFaultCount; ++i) {
         Take(i);
     }
-    sGuardsUsed.store(true, std::memory_order_release);
+    gFaultSignalsTaken.store(true, std::memory_order_release);
 }
 
 void SwitchCrashHandlingOn(void (*inRunCallbacks)() noexcept)
@@ -229,7 +228,7 @@ void SwitchCrashHandlingOff() noexcept
 {
     std::lock_guard lock(sInstallLock);
     sIsOn.store(false);
-    for (std::size_t i = sGuardsUsed.load() ? kFaultCount : 0; i < kSignalCount; ++i) {
+    for (std::size_t i = gFaultSignalsTaken.load() ? kFaultCount : 0; i < kSignalCount; ++i) {
         GiveBack(i);
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 namespace kiocore::platform {
 
 /// The signals of a crash, and who gets them: the armed guard of the faulting thread, else crash handling
@@ -7,9 +9,14 @@ namespace kiocore::platform {
 ///
 /// Threading: any thread, except as crash handling's own functions say.
 
-/// SIGSEGV and SIGBUS come to us from now on, for guards. One load once they do.
+/// SIGSEGV and SIGBUS come to us from now on, for guards.
 /// @throws std::system_error when the system refuses.
 void TakeFaultSignals();
+extern std::atomic<bool> gFaultSignalsTaken;
+inline bool AreFaultSignalsTaken() noexcept
+{
+    return gFaultSignalsTaken.load(std::memory_order_acquire);
+}
 
 /// All of them come to us, and crash handling is on for this process, though not for its forked children.
 /// @param inRunCallbacks  called at most once, in the signal handler.

@@ -39,12 +39,14 @@ Dictionary::Dictionary(const Dictionary& inOther)
       mEntries(inOther.mEntries ? std::make_unique<std::vector<Entry>>(*inOther.mEntries) : nullptr)
 {}
 
-Dictionary& Dictionary::operator=(Dictionary inOther) noexcept
+Dictionary& Dictionary::operator=(Dictionary&& inOther) noexcept
 {
-    mHasInline = std::exchange(inOther.mHasInline, false);
-    std::swap(mInline.key, inOther.mInline.key);
-    mInline.value.swap(inOther.mInline.value);
-    mEntries.swap(inOther.mEntries);
+    if (this != &inOther) {
+        mHasInline = std::exchange(inOther.mHasInline, false);
+        mInline.key = std::move(inOther.mInline.key);
+        mInline.value = std::move(inOther.mInline.value);
+        mEntries = std::move(inOther.mEntries);
+    }
     return *this;
 }
 

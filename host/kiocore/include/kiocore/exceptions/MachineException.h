@@ -2,6 +2,7 @@
 
 #include <kiocore/Export.h>
 
+#include <atomic>
 #include <csetjmp>
 #include <cstddef>
 #include <cstdint>
@@ -34,6 +35,7 @@ namespace detail {
 /// One armed guard of a thread, on its stack.
 struct GuardFrame {
     sigjmp_buf jump;
+    std::atomic<GuardFrame*>* innermost; // the thread's
     GuardFrame* outer;
     std::size_t contextDepth;
     int code;
@@ -41,7 +43,12 @@ struct GuardFrame {
 };
 /// @throws std::bad_alloc, and std::system_error when the signals cannot be had.
 KIO_EXPORT void Arm(GuardFrame& ioFrame);
-KIO_EXPORT void Disarm(GuardFrame& inFrame) noexcept;
+inline void Disarm(GuardFrame& inFrame) noexcept
+{
+    std::atomic_signal_fence(std::memory_order_acq_rel);
+    inFrame.innermost->store(inFrame.outer, std::memory_order_relaxed);
+    std::atomic_signal_fence(std::memory_order_acq_rel);
+}
 /// After a fault: the guard is disarmed, the crash context as deep as when it was armed.
 [[noreturn]] KIO_EXPORT void ThrowMachineException(GuardFrame& ioFrame);
 

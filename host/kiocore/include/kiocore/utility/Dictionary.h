@@ -66,7 +66,8 @@ public:
         : mHasInline(std::exchange(inOther.mHasInline, false)), mInline(std::move(inOther.mInline)),
           mEntries(std::move(inOther.mEntries))
     {}
-    Dictionary& operator=(Dictionary inOther) noexcept;
+    Dictionary& operator=(const Dictionary& inOther) { return *this = Dictionary(inOther); }
+    Dictionary& operator=(Dictionary&& inOther) noexcept;
     ~Dictionary() = default;
 
     /// Replaces the value of a key that is there.
@@ -82,6 +83,13 @@ public:
     const Entry* end() const noexcept
     {
         return mEntries ? mEntries->data() + mEntries->size() : &mInline + mHasInline;
+    }
+
+    /// Whether this is one text, and key and text are copies of these (see ImmutableString::IsCopyOf).
+    bool IsCopyOf(const ImmutableString& inKey, const ImmutableString& inText) const noexcept
+    {
+        const auto* text = boost::get<ImmutableString>(&mInline.value);
+        return mHasInline && text && text->IsCopyOf(inText) && mInline.key.IsCopyOf(inKey);
     }
 
     /// {"key": value, ...} as compact JSON, for logs: bytes that are no UTF-8 show as U+FFFD, a number that

@@ -76,6 +76,13 @@ public:
     std::size_t Size() const noexcept { return View().size(); }
     bool IsEmpty() const noexcept { return Size() == 0; }
 
+    /// Whether one is a copy of the other, or both are short and equal: what == takes reading long texts for.
+    /// Long texts may be equal without being copies.
+    bool IsCopyOf(const ImmutableString& inOther) const noexcept
+    {
+        return std::memcmp(mBytes, inOther.mBytes, sizeof(mBytes)) == 0;
+    }
+
     friend bool operator==(const ImmutableString& inA, const ImmutableString& inB) noexcept
     {
         return inA.View() == inB.View();

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+
+namespace support {
+
+/// Counts what the calling thread takes with operator new. Replaces it in the program that links this.
+class AllocationCount {
+public:
+    AllocationCount();
+    std::size_t SinceThen() const;
+
+private:
+    std::size_t mAtStart;
+};
+
+} // namespace support
