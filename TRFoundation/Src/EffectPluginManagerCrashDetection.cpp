@@ -216,7 +216,7 @@ void PushModule(const ImmutableString& inMatchName, const Module& inModule)
         map.Insert(inMatchName, value);
     }
     static const ImmutableString key = ImmutableString::FromLiteral(kCrashContextMetadataKey);
-    debug::PushCrashContextForCurrentThread(Dictionary(key, value->JSON()));
+    debug::PushCrashContextForCurrentThread(key, value->JSON());
 }
 
 /// Pushes and tries; a failed try takes the description away again, as no destructor will.

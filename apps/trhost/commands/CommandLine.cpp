@@ -49,6 +49,14 @@ void AddGlobalOptions(CommandGrammar inRoot, GlobalOptions& outOptions)
     inRoot.Option("--trace", outOptions.traces, "Trace a channel to standard error; may be repeated")
         .Type("CHANNEL[:LEVEL]")
         .Repeatable();
+    inRoot.Flag("--safe-mode", outOptions.safeMode,
+                "Run without third-party effects, and note nothing about crashes");
+    inRoot.Option("--feature", outOptions.features, "Switch a feature on or off; may be repeated")
+        .Type("NAME=on|off")
+        .Repeatable();
+    inRoot.Option("--debug-db", outOptions.debugValues, "Set a value for fault finding; may be repeated")
+        .Type("KEY=VALUE")
+        .Repeatable();
 }
 
 /// Everything that can be said, and the values that it fills.
@@ -95,6 +103,7 @@ private:
     AssetCommands mAssets;
     PictureCommands mPictures;
     DeviceCommands mDevices;
+    EffectCommands mEffects;
 };
 
 } // namespace

@@ -20,7 +20,10 @@ struct GlobalOptions {
     std::string suiteVersion = "14.0";
     std::string applicationName = "Media Host";
     int applicationType = 0;
-    std::vector<std::string> traces; ///< "CHANNEL" or "CHANNEL:LEVEL"
+    std::vector<std::string> traces;      ///< "CHANNEL" or "CHANNEL:LEVEL"
+    std::vector<std::string> features;    ///< "NAME=on" or "NAME=off"
+    std::vector<std::string> debugValues; ///< "KEY=VALUE"
+    bool safeMode = false;                ///< no third-party effects, and nothing about them is written
 };
 
 /// What a command works with.

@@ -123,4 +123,21 @@ JsonLine& JsonLine::Add(std::string_view inName, const std::vector<JsonLine>& in
     return AddRaw(inName, list + "]");
 }
 
+JsonLine& JsonLine::Add(std::string_view inName, const JsonLine& inObject)
+{
+    return AddRaw(inName, inObject.GetText());
+}
+
+JsonLine& JsonLine::Add(std::string_view inName, const std::vector<kiocore::UTF16String>& inTexts)
+{
+    std::string list = "[";
+    for (const kiocore::UTF16String& text : inTexts) {
+        if (list.size() > 1) {
+            list += ',';
+        }
+        list += JsonQuote(text);
+    }
+    return AddRaw(inName, list + "]");
+}
+
 } // namespace trhost

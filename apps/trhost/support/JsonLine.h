@@ -40,6 +40,8 @@ public:
         return AddRaw(inName, std::to_string(inValue));
     }
     JsonLine& Add(std::string_view inName, const std::vector<JsonLine>& inObjects);
+    JsonLine& Add(std::string_view inName, const JsonLine& inObject);
+    JsonLine& Add(std::string_view inName, const std::vector<kiocore::UTF16String>& inTexts);
 
     /// "{...}", without a line feed.
     std::string GetText() const { return "{" + mBody + "}"; }

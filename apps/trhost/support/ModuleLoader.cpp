@@ -5,15 +5,12 @@
 #include <kiocore/platform/Modules.h>
 
 namespace trhost {
-namespace {
 
 std::string ModulePath(const char* inFileName)
 {
     const std::string program = kiocore::platform::ProgramPath();
     return program.substr(0, program.find_last_of('/')) + "/" TRHOST_MODULE_FOLDER "/" + inFileName;
 }
-
-} // namespace
 
 void* LoadModuleByName(const char* inFileName, const char* inFunctionName)
 {

@@ -4,6 +4,9 @@
 
 namespace trhost {
 
+/// Where a module, or a program that belongs to trhost, lies. Native path.
+std::string ModulePath(const char* inFileName);
+
 /// The address of a module's one function. Modules lie in one folder, found relative to the program.
 /// @throws kio_exception (kError_File) when the module is not there or cannot be loaded, naming what is
 ///     missing.

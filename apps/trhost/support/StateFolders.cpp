@@ -45,14 +45,19 @@ StateFolders FindStateFolders(const std::string& inStateFolder)
         return ZOL::PathUtils::ToNormalizedPath(kiocore::filesupport::FromNative(inNative));
     };
     if (inStateFolder.empty()) {
-        return {toPath(BaseFolder("XDG_CONFIG_HOME", "/.config") + "/trhost/preferences.xml"),
+        const std::string configuration = BaseFolder("XDG_CONFIG_HOME", "/.config") + "/trhost";
+        return {toPath(configuration + "/preferences.xml"),
                 toPath(BaseFolder("XDG_CACHE_HOME", "/.cache") + "/trhost"),
-                toPath(BaseFolder("XDG_DATA_HOME", "/.local/share") + "/trhost/Shared Documents")};
+                toPath(BaseFolder("XDG_DATA_HOME", "/.local/share") + "/trhost/Shared Documents"),
+                toPath(configuration + "/registry.json"),
+                toPath(BaseFolder("XDG_STATE_HOME", "/.local/state") + "/trhost/crashes/")};
     }
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(inStateFolder, error);
     const std::string root = error ? inStateFolder : absolute.native();
-    return {toPath(root + "/preferences.xml"), toPath(root), toPath(root + "/Shared Documents")};
+    return {toPath(root + "/preferences.xml"),  toPath(root),
+            toPath(root + "/Shared Documents"), toPath(root + "/registry.json"),
+            toPath(root + "/crashes/")};
 }
 
 } // namespace trhost

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../Commands.h"
+#include "../EffectOptions.h"
 #include "Grammar.h"
 
 #include <string>
@@ -67,6 +68,30 @@ private:
     DevicesOptions mDevices;
 };
 
+class EffectCommands {
+public:
+    explicit EffectCommands(CommandGrammar inRoot);
+
+private:
+    void AddQuestions(CommandGrammar inEffects);
+    void AddSwitches(CommandGrammar inEffects);
+    void AddRuns(CommandGrammar inEffects);
+    static void AddParameters(CommandGrammar inCommand, std::vector<std::string>& outParameters);
+    void AddTypeFile(CommandGrammar inEffects);
+
+    EffectSearch mSearch;
+    std::string mName;
+    EffectTypesOptions mTypes;
+    CrashReportOptions mReport;
+    EffectsEnableOptions mEnable;
+    EffectsCheckOptions mCheck;
+    EffectsRunOptions mRun;
+    EffectsTransitionOptions mTransition;
+    EffectTypeFileOptions mTypeFile;
+};
+
+/// Empty when it is none.
+std::optional<kiomediatypes::PixelFormat> FormatNamed(const std::string& inName);
 /// The flag of commands that can tell what they would do.
 OptionGrammar AddDryRun(CommandGrammar inCommand, bool& outFlag);
 

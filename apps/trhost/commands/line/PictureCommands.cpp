@@ -4,13 +4,13 @@
 
 namespace trhost {
 
-namespace {
-
 std::optional<kiomediatypes::PixelFormat> FormatNamed(const std::string& inName)
 {
     const auto format = kiomediatypes::PixelFormatNamed(inName);
     return format == kiomediatypes::kPixelFormat_Any ? std::nullopt : std::optional(format);
 }
+
+namespace {
 
 std::string FormatNames()
 {

@@ -1,0 +1,5 @@
+#include "EffectsBench.h"
+
+namespace bench {
+void BenchScan() {}
+} // namespace bench
