@@ -50,6 +50,7 @@ TEST(CrashHandling, KeepsItsPromisesInTheSpecialCases)
         std::string expected;
         bool isReported;
     } kCases[] = {
+        {"null-store", "worker-with-signals-blocked", Signal(SIGSEGV), true},
         {"null-store", "two-threads-at-once", Signal(SIGSEGV), true}, // one report, not two
         {"abort", "two-threads-at-once", Signal(SIGABRT), true},
         {"abort", "faulting-callback", Signal(SIGABRT), false},

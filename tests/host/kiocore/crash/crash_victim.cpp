@@ -89,6 +89,16 @@ void OnWorker()
     std::thread(&RunCaseInContext).join();
 }
 
+/// As libraries often start theirs, so that no signal of the program is handled there.
+void OnWorkerWithSignalsBlocked()
+{
+    InstallReporting();
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    std::thread(&RunCaseInContext).join();
+}
+
 void OnTwoThreadsAtOnce()
 {
     InstallReporting();
@@ -239,6 +249,7 @@ constexpr struct {
 } kModes[] = {
     {"main", &OnMain},
     {"worker", &OnWorker},
+    {"worker-with-signals-blocked", &OnWorkerWithSignalsBlocked},
     {"two-threads-at-once", &OnTwoThreadsAtOnce},
     {"faulting-callback", &WithFaultingCallback},
     {"aborting-callback", &WithAbortingCallback},
