@@ -6,18 +6,12 @@
 #include <cstdio>
 #include <stdexcept>
 
-#if defined(__clang__)
-#define UNCHECKED __attribute__((no_sanitize("address", "undefined", "thread"), noinline))
-#else
-#define UNCHECKED __attribute__((noinline))
-#endif
-
 namespace support {
 namespace {
 
 volatile int sSink = 0;
 
-UNCHECKED void Recurse(volatile char* inCaller)
+__attribute__((noinline)) void Recurse(volatile char* inCaller)
 {
     volatile char frame[1024];
     frame[0] = inCaller[0];
@@ -29,13 +23,13 @@ UNCHECKED void Recurse(volatile char* inCaller)
 
 } // namespace
 
-UNCHECKED void StoreThroughNull()
+void StoreThroughNull()
 {
     volatile int* volatile nowhere = nullptr;
     *nowhere = 1;
 }
 
-UNCHECKED void ReadNowhere()
+void ReadNowhere()
 {
     const volatile int* volatile nowhere = reinterpret_cast<const volatile int*>(kNowhere);
     sSink = *nowhere;
@@ -59,13 +53,13 @@ std::uintptr_t EndOfFileAddress()
     return address;
 }
 
-UNCHECKED void ReadPastEndOfFile()
+void ReadPastEndOfFile()
 {
     const volatile char* volatile beyond = reinterpret_cast<const volatile char*>(EndOfFileAddress());
     sSink = *beyond;
 }
 
-UNCHECKED void OverflowStack()
+void OverflowStack()
 {
     volatile char first = 0;
     Recurse(&first);

@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-/// Real faults of the processor. Not instrumented, so that a sanitizer leaves them to the signal.
+/// Real faults of the processor. Compiled without instrumentation, so that a sanitizer leaves them to the
+/// signal.
 namespace support {
 
 void StoreThroughNull();

@@ -1,5 +1,6 @@
 #include "debug/CrashThread.h"
 
+#include "platform/CrashSignals.h"
 #include "platform/ThreadEnd.h"
 
 namespace kiocore::debug {
@@ -9,6 +10,7 @@ __thread CrashThread* CrashThread::sCurrent = nullptr;
 CrashThread::CrashThread()
 {
     AddChunk(0);
+    platform::OpenCrashSignalsToThisThread();
 }
 
 CrashThread& CrashThread::Make()

@@ -82,7 +82,7 @@ void EndWhenHandlerReturns(int inSignal, const siginfo_t& inInfo, ucontext_t* io
     SetDefault(inSignal);
     SendToThisThread(inSignal, nullptr);
     Unblock(inSignal);
-    _exit(128 + inSignal); // not reached
+    _exit(128 + inSignal); // the signal did not end us
 }
 
 /// As the system would have called it.
@@ -149,6 +149,9 @@ void HandleCrash(int inSignal, const siginfo_t& inInfo, ucontext_t* ioContext) n
     debug::gHostTraceOn.store(false, std::memory_order_relaxed); // a trace line needs memory
     if (auto* runCallbacks = sRunCallbacks.load()) {
         runCallbacks();
+    }
+    if (ProcessID() == 1) {
+        EndNow(inSignal); // the system spares the first process of a container what it sends itself
     }
     EndWhenHandlerReturns(inSignal, inInfo, ioContext);
 }
@@ -236,6 +239,13 @@ void SwitchCrashHandlingOff() noexcept
 bool IsCrashHandlingOn() noexcept
 {
     return sIsOn.load();
+}
+
+void OpenCrashSignalsToThisThread() noexcept
+{
+    for (int signal : kSignals) {
+        Unblock(signal);
+    }
 }
 
 bool IsThisThreadCrashing() noexcept

@@ -27,6 +27,10 @@ void SwitchCrashHandlingOn(void (*inRunCallbacks)() noexcept);
 void SwitchCrashHandlingOff() noexcept;
 bool IsCrashHandlingOn() noexcept;
 
+/// A fault while its signal is blocked ends the process at once, and threads are often started with all
+/// signals blocked.
+void OpenCrashSignalsToThisThread() noexcept;
+
 /// Whether the calling thread is in inRunCallbacks.
 bool IsThisThreadCrashing() noexcept;
 

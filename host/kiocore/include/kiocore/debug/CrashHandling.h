@@ -11,14 +11,18 @@ namespace kiocore::debug {
 /// of registration; then the process ends with its original signal. A thread that crashes later waits for
 /// that end; a callback that crashes itself ends it at once. In a forked child nothing is called.
 ///
-/// A fault inside a machine-exception guard is the guard's (see exceptions/MachineException.h).
+/// A fault inside a machine-exception guard is the guard's (see exceptions/MachineException.h). Who had one
+/// of the signals before is not asked; who takes one later should pass on to us what is not his.
 
 /// Called in a signal handler: only what is async-signal-safe may be done, so no memory, no lock, no
 /// function-local static on its first use, no thread_local with a constructor.
 using CrashCallback = void (*)() noexcept;
 inline constexpr std::size_t kMostCrashCallbacks = 8;
 
-/// Installs the handlers and gives the calling thread an alternate stack. Installing again is no error.
+/// Installs the handlers and gives the calling thread an alternate stack. Installing again is no error; a
+/// forked child that wants crash handling of its own does.
+/// std::terminate first says what was thrown, unless the program has a terminate handler of its own.
+/// @throws std::system_error when the system refuses the signals.
 ///
 /// Threading: once at start, before other threads run.
 KIO_EXPORT void InstallCrashHandling();
@@ -38,7 +42,9 @@ KIO_EXPORT bool IsHandlingCrash() noexcept;
 
 /// Gives the calling thread an alternate stack of the size that the system asks for and ours need, with a
 /// guard page below, so that a stack overflow can be handled. Given back when the thread ends. A thread that
-/// has one of its own that is large enough keeps it. Pushing a crash context does this too.
+/// has one of its own that is large enough keeps it. Opens the signals of a crash if the thread was started
+/// with them blocked. Pushing a crash context and arming a guard do this too, once for the thread.
+/// @throws std::bad_alloc.
 KIO_EXPORT void PrepareThreadForCrash();
 
 } // namespace kiocore::debug
