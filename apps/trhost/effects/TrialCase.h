@@ -49,7 +49,7 @@ struct TrialFinding {
     FindingKind kind = FindingKind::kFailed;
     MemoryUse use = MemoryUse::kOutput; ///< which buffer; kWroteOutside and kReadOutside
     bool isBehind = true;               ///< behind its end, else before its start
-    std::uint64_t distanceBytes = 0;    ///< how far away the farthest known touch was
+    std::uint64_t distanceBytes = 0;    ///< of the farthest known touch; 1 is the byte right beside
     std::string said;                   ///< kCrashed: the signal; kFailed: the plug-in's own reason
 };
 kiocore::serialization::JSON ToJSON(const TrialFinding& inFinding);

@@ -190,21 +190,20 @@ std::string OutsideText(const TrialFinding& inFinding)
     const bool wrote = inFinding.kind == FindingKind::kWroteOutside;
     const std::vector<std::string> values{std::to_string(inFinding.distanceBytes), BufferName(inFinding.use)};
     if (inFinding.isBehind) {
-        return wrote ? LocalText(
-                           "$$$/Halcyon/TrHost/WroteBehind=wrote outside its frame, @0 bytes behind the end "
-                           "of @1#{@1: its output}",
-                           values)
-                     : LocalText(
-                           "$$$/Halcyon/TrHost/ReadBehind=read outside its frame, @0 bytes behind the end "
-                           "of @1#{@1: its output}",
-                           values);
+        return wrote
+                   ? LocalText(
+                         "$$$/Halcyon/TrHost/WroteBehind=wrote outside its frame: byte @0 behind the end "
+                         "of @1#{@1: its output}",
+                         values)
+                   : LocalText("$$$/Halcyon/TrHost/ReadBehind=read outside its frame: byte @0 behind the end "
+                               "of @1#{@1: its output}",
+                               values);
     }
     return wrote
-               ? LocalText(
-                     "$$$/Halcyon/TrHost/WroteBefore=wrote outside its frame, @0 bytes before the start "
-                     "of @1#{@1: its output}",
-                     values)
-               : LocalText("$$$/Halcyon/TrHost/ReadBefore=read outside its frame, @0 bytes before the start "
+               ? LocalText("$$$/Halcyon/TrHost/WroteBefore=wrote outside its frame: byte @0 before the start "
+                           "of @1#{@1: its output}",
+                           values)
+               : LocalText("$$$/Halcyon/TrHost/ReadBefore=read outside its frame: byte @0 before the start "
                            "of @1#{@1: its output}",
                            values);
 }

@@ -22,7 +22,7 @@ struct CheckSettings {
 struct CheckFinding {
     FindingKind kind = FindingKind::kFailed;
     std::string size; ///< "719x487", "64x48 in yuv420", "48000 Hz, 2 channels, blocks of 1024"
-    std::string text; ///< one line for people, without the size: "wrote 8 bytes behind the end of its output"
+    std::string text; ///< one line for people, without the size: "wrote to its input"
 };
 
 struct CheckResult {

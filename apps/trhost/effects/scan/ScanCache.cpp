@@ -155,7 +155,7 @@ void ScanCache::Read()
     if (GetMember<int>(object, "version") != kVersion) {
         return;
     }
-    for (const JSON& value : AsArray(object.count("files") ? object.at("files") : JSON())) {
+    for (const JSON& value : GetMember<JSONArray>(object, "files")) {
         const JSONObject& scanned = AsObject(value);
         mFiles[{GetMember<std::string>(scanned, "technology"), PathMember(scanned)}] = FileFromJSON(scanned);
     }

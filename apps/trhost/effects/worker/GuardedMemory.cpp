@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -69,26 +70,31 @@ void GuardedMemory::Free(void* inMemory) noexcept
 
 void GuardedMemory::Inspect(std::byte* inBegin, const Block& inBlock)
 {
-    TrialFinding finding;
-    finding.kind = FindingKind::kWroteOutside;
-    finding.use = inBlock.use;
     std::byte* const end = inBegin + inBlock.bytes;
     const std::byte* const before = std::find_if_not(inBlock.pages.begin, inBegin, IsIntact);
     if (before != inBegin) {
-        finding.isBehind = false;
-        finding.distanceBytes = static_cast<std::uint64_t>(inBegin - before);
-        mFindings.push_back(finding);
+        Note(inBlock.use, false, inBegin - before);
     }
     const auto last = std::find_if_not(std::make_reverse_iterator(inBlock.pages.end),
                                        std::make_reverse_iterator(end), IsIntact);
     if (last.base() != end) {
-        finding.isBehind = true;
-        finding.distanceBytes = static_cast<std::uint64_t>(last.base() - end);
-        mFindings.push_back(finding);
+        Note(inBlock.use, true, last.base() - end);
     }
     // Whoever goes on using the block is not told the same again.
     std::fill(inBlock.pages.begin, inBegin, kPattern);
     std::fill(end, inBlock.pages.end, kPattern);
+}
+
+void GuardedMemory::Note(MemoryUse inUse, bool inIsBehind, std::ptrdiff_t inDistance)
+{
+    const auto distance = static_cast<std::uint64_t>(inDistance);
+    for (TrialFinding& finding : mFindings) {
+        if (finding.use == inUse && finding.isBehind == inIsBehind) {
+            finding.distanceBytes = std::max(finding.distanceBytes, distance);
+            return;
+        }
+    }
+    mFindings.push_back({FindingKind::kWroteOutside, inUse, inIsBehind, distance, {}});
 }
 
 std::size_t GuardedMemory::HashOfInputs() const

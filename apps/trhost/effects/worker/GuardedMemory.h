@@ -25,7 +25,8 @@ public:
 
     /// What all inputs that there are hold now, as one number.
     std::size_t HashOfInputs() const;
-    /// What was found beside blocks, those freed since the last call included; each is told once.
+    /// What was found beside blocks, those freed since the last call included: one for each use and side,
+    /// with the farthest write. Each is told once.
     std::vector<TrialFinding> TakeFindings();
 
 private:
@@ -35,6 +36,7 @@ private:
         MemoryUse use = MemoryUse::kOutput;
     };
     void Inspect(std::byte* inBegin, const Block& inBlock);
+    void Note(MemoryUse inUse, bool inIsBehind, std::ptrdiff_t inDistance);
 
     mutable std::mutex mLock; // guards the members below
     Touches mTouches = Touches::kUpperPage;
