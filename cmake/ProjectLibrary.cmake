@@ -86,15 +86,20 @@ function(project_library name)
     endif()
 endfunction()
 
-# project_test(NAME SOURCES ... LIBRARIES ...): one test program; ctest lists each of its cases.
+# project_test(NAME SOURCES ... LIBRARIES ... FIXTURES ...): one test program; ctest lists each of its cases, and
+# runs what sets the fixtures up before them.
 function(project_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;DEPENDS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;DEPENDS;FIXTURES")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} test_support project_options GTest::gmock GTest::gtest_main)
     if(arg_DEPENDS)
         add_dependencies(${name} ${arg_DEPENDS})
     endif()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+    set(fixtures "")
+    if(arg_FIXTURES)
+        set(fixtures FIXTURES_REQUIRED "${arg_FIXTURES}")
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 ${fixtures})
 endfunction()
 
 # project_bench(bench_NAME SOURCES ... LIBRARIES ...): one benchmark program, run by `tools/dev bench NAME`.

@@ -1,0 +1,159 @@
+#include "LadspaEffect.h"
+
+#include "../PluginParameters.h"
+#include "PluginFile.h"
+
+#include <kiocore/config/Errors.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace trhost::effects::ladspa {
+namespace {
+
+constexpr int kMostFrames = 4096; // of one call: plug-ins may keep blocks on the stack
+
+[[noreturn]] void ThrowBadForm(const std::string& inMatchName, const std::string& inReason)
+{
+    throw kiocore::kio_exception(inMatchName + " cannot run on " + inReason, kEffectError_BadFrame);
+}
+
+int Checked(int inSampleRate, int inChannels, const std::string& inMatchName)
+{
+    if (inSampleRate <= 0 || inChannels <= 0) {
+        ThrowBadForm(inMatchName, std::to_string(inChannels) + " channels at " +
+                                      std::to_string(inSampleRate) + " Hz; expected both above 0");
+    }
+    return inSampleRate;
+}
+
+} // namespace
+
+LadspaEffect::Instance::Instance(LadspaEffect& inEffect, int inSampleRate) : mEffect(inEffect)
+{
+    const LADSPA_Descriptor& plugin = mEffect.mPlugin;
+    kiocore::threads::ScLock lock(LifeLock());
+    mEffect.mCaller([&] { mHandle = plugin.instantiate(&plugin, static_cast<unsigned long>(inSampleRate)); });
+    if (!mHandle) {
+        throw kiocore::kio_exception(mEffect.mMatchName + " makes no instance for " +
+                                         std::to_string(inSampleRate) + " Hz",
+                                     kEffectError_PluginFailed);
+    }
+}
+
+LadspaEffect::Instance::~Instance()
+{
+    const LADSPA_Descriptor& plugin = mEffect.mPlugin;
+    kiocore::threads::ScLock lock(LifeLock());
+    mEffect.mCaller.Finally("Removing an instance of " + mEffect.mMatchName, [&] {
+        if (mActive && plugin.deactivate) {
+            plugin.deactivate(mHandle);
+        }
+        plugin.cleanup(mHandle);
+    });
+}
+
+void LadspaEffect::Instance::Activate()
+{
+    const LADSPA_Descriptor& plugin = mEffect.mPlugin;
+    const Ports& ports = mEffect.mPorts;
+    kiocore::threads::ScLock lock(LifeLock());
+    mEffect.mCaller([&] {
+        Connect(ports.audioInputs, mEffect.mInputs);
+        Connect(ports.audioOutputs, mEffect.mOutputs);
+        for (std::size_t i = 0; i < ports.controls.size(); ++i) {
+            plugin.connect_port(mHandle, ports.controls[i].index, &mEffect.mControls[i]);
+        }
+        for (const unsigned long port : ports.controlOutputs) {
+            plugin.connect_port(mHandle, port, &mEffect.mUnread);
+        }
+        // Ports first: some take the size of their memory from a control when they are activated.
+        mActive = true;
+        if (plugin.activate) {
+            plugin.activate(mHandle);
+        }
+    });
+}
+
+void LadspaEffect::Instance::Connect(const std::vector<unsigned long>& inPorts,
+                                     const std::vector<float*>& inPlaces)
+{
+    for (std::size_t i = 0; i < inPorts.size(); ++i) {
+        mEffect.mPlugin.connect_port(mHandle, inPorts[i], inPlaces[i]);
+    }
+}
+
+LadspaEffect::LadspaEffect(const LADSPA_Descriptor& inPlugin, PluginCaller inCaller, std::string inMatchName,
+                           int inSampleRate, int inChannels)
+    : mPlugin(inPlugin), mCaller(std::move(inCaller)), mMatchName(std::move(inMatchName)),
+      mChannels(inChannels), mPorts(ReadPorts(inPlugin, Checked(inSampleRate, inChannels, mMatchName))),
+      mPlan(inChannels, static_cast<int>(mPorts.audioInputs.size()),
+            static_cast<int>(mPorts.audioOutputs.size()))
+{
+    if (mPlan.InstanceCount() == 0) {
+        const std::string most = std::to_string(mPlan.ChannelsPerInstance());
+        ThrowBadForm(mMatchName, std::to_string(inChannels) + " channels; expected fewer than " + most +
+                                     " or a multiple of " + most);
+    }
+    Allocate();
+    for (int i = 0; i < mPlan.InstanceCount(); ++i) {
+        mInstances.emplace_back(*this, inSampleRate);
+    }
+}
+
+LadspaEffect::~LadspaEffect() = default;
+
+void LadspaEffect::Allocate()
+{
+    const std::size_t inputs = mPorts.audioInputs.size();
+    const std::size_t outputs = mPorts.audioOutputs.size();
+    mMemory.resize((inputs + outputs) * kMostFrames);
+    for (std::size_t i = 0; i < inputs + outputs; ++i) {
+        (i < inputs ? mInputs : mOutputs).push_back(mMemory.data() + i * kMostFrames);
+    }
+    for (const ControlPort& port : mPorts.controls) {
+        mControls.push_back(port.defaultValue);
+    }
+}
+
+void LadspaEffect::SetParameter(const std::string& inName, const std::string& inValue)
+{
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < mPorts.controls.size(); ++i) {
+        const ControlPort& port = mPorts.controls[i];
+        if (port.shown.name == inName) {
+            mControls[i] = ParseValue(mMatchName, port, inValue);
+            return;
+        }
+        names.push_back(port.shown.name);
+    }
+    ThrowNoSuchParameter(mMatchName, inName, names);
+}
+
+void LadspaEffect::Process(const float* inSamples, float* outSamples, int inFrames)
+{
+    if (!mActive) {
+        std::for_each(mInstances.begin(), mInstances.end(),
+                      [](Instance& inInstance) { inInstance.Activate(); });
+        mActive = true;
+    }
+    for (int done = 0; done < inFrames;) {
+        const int now = std::min(kMostFrames, inFrames - done);
+        const std::ptrdiff_t at = std::ptrdiff_t(done) * mChannels;
+        ProcessBlock(inSamples + at, outSamples + at, now);
+        done += now;
+    }
+}
+
+void LadspaEffect::ProcessBlock(const float* inSamples, float* outSamples, int inFrames)
+{
+    int index = 0;
+    for (const Instance& instance : mInstances) {
+        mPlan.Distribute(index, inSamples, inFrames, mInputs);
+        mCaller([&] { mPlugin.run(instance.Handle(), static_cast<unsigned long>(inFrames)); });
+        mPlan.Collect(index, mOutputs, inFrames, outSamples);
+        ++index;
+    }
+}
+
+} // namespace trhost::effects::ladspa
