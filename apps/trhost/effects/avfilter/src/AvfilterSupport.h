@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint> // before the libraries, whose headers look for UINT64_C
+
+extern "C" {
+#include <libavfilter/avfilter.h>
+#include <libavutil/frame.h>
+#include <libavutil/pixfmt.h>
+}
+
+#include <memory>
+#include <new>
+#include <string>
+
+namespace trhost::effects::avfilter {
+
+/// Lets a `std::unique_ptr` own what the libraries free through a pointer to the pointer.
+template <auto Free>
+struct FreeThroughPointer {
+    template <class T>
+    void operator()(T* inObject) const noexcept
+    {
+        Free(&inObject);
+    }
+};
+using FramePtr = std::unique_ptr<AVFrame, FreeThroughPointer<av_frame_free>>;
+using GraphPtr = std::unique_ptr<AVFilterGraph, FreeThroughPointer<avfilter_graph_free>>;
+
+/// The libraries answer a failed allocation with null.
+template <class T>
+T* Allocated(T* inObject)
+{
+    if (!inObject) {
+        throw std::bad_alloc();
+    }
+    return inObject;
+}
+
+std::string ErrorText(int inError);
+
+/// While it lives, what libavfilter says on this thread goes to trace channel "avfilter" instead of standard
+/// error, and its last complaint is kept: it says far more than an error number does. They do not nest.
+///
+/// Threading: made and destroyed on the thread that calls libavfilter.
+class ScFilterMessages {
+public:
+    ScFilterMessages();
+    ~ScFilterMessages();
+    ScFilterMessages(const ScFilterMessages&) = delete;
+    ScFilterMessages& operator=(const ScFilterMessages&) = delete;
+
+    /// What the number means, with the complaint: "Invalid argument: Invalid too big or non positive size".
+    std::string Explain(int inError) const;
+
+private:
+    friend void KeepMessage(ScFilterMessages& ioMessages, std::string inLine);
+    std::string mComplaint;
+};
+
+} // namespace trhost::effects::avfilter
