@@ -28,10 +28,7 @@ double sStart = 0;
 
 class Module final : public TR::IFilterModule, public virtual kiocore::classref::UnknownBase {
 public:
-    void* QueryMap(const CFUUIDBytes& inInterfaceID) override
-    {
-        return UnknownBase::QueryMap(inInterfaceID);
-    }
+    void* QueryMap(const CFUUIDBytes& inInterfaceID) override { return UnknownBase::QueryMap(inInterfaceID); }
     kiocore::ImmutableString GetMatchName() const override { return "frei0r.crashes"; }
     TR::EffectPluginMetadata GetMetadata() const override
     {

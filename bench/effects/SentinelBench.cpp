@@ -58,10 +58,7 @@ constexpr int kModules = 16;
 class Module final : public TR::IFilterModule, public virtual kiocore::classref::UnknownBase {
 public:
     explicit Module(std::string inMatchName) : mMatchName(std::move(inMatchName)) {}
-    void* QueryMap(const CFUUIDBytes& inInterfaceID) override
-    {
-        return UnknownBase::QueryMap(inInterfaceID);
-    }
+    void* QueryMap(const CFUUIDBytes& inInterfaceID) override { return UnknownBase::QueryMap(inInterfaceID); }
     ImmutableString GetMatchName() const override { return mMatchName; }
     TR::EffectPluginMetadata GetMetadata() const override
     {

@@ -79,7 +79,7 @@ int RunInSession(const GlobalOptions& inOptions, Output& ioOutput,
     SwitchTracesOn(inOptions);
     ChooseLanguage(inOptions, ioOutput);
     const StateFolders folders = FindStateFolders(inOptions.stateFolder);
-    const HostSession session(inOptions, folders);
+    const HostSession session(inOptions, folders, ioOutput);
     Context context{inOptions, ioOutput, folders, session.GetMainThread()};
     return inCommand(context);
 }

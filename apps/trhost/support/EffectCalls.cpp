@@ -21,14 +21,13 @@ using kiocore::utility::ToUTF16;
 
 [[noreturn]] void ThrowPluginThrew(const ImmutableString& inMatchName, const std::string& inWhat)
 {
-    throw kiocore::kio_exception(
-        Text("$$$/Halcyon/TrHost/PluginThrew=@0 threw an exception: @1",
-             {ToUTF16(inMatchName.View()), ToUTF16(inWhat)}),
-        effects::kEffectError_PluginFailed);
+    throw kiocore::kio_exception(Text("$$$/Halcyon/TrHost/PluginThrew=@0 threw an exception: @1",
+                                      {ToUTF16(inMatchName.View()), ToUTF16(inWhat)}),
+                                 effects::kEffectError_PluginFailed);
 }
 
-/// Runs a call and catches what leaves it here, within the sentinel's scope: further out, a function that may not
-/// throw would end the process when no plug-in is named any more.
+/// Runs a call and catches what leaves it here, within the sentinel's scope: further out, a function that may
+/// not throw would end the process when no plug-in is named any more.
 void RunCall(const ImmutableString& inMatchName, const std::function<void()>& inCall)
 {
     try {

@@ -19,8 +19,8 @@ struct EffectSearch {
 
 using CatalogueEffect = effects::EffectCatalogue::Effect;
 
-/// The effects of this machine: found when it is made, which loads nothing that has not changed since the last
-/// time.
+/// The effects of this machine: found when it is made, which loads nothing that has not changed since the
+/// last time.
 ///
 /// Threading: main thread.
 class EffectHost {

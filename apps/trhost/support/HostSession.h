@@ -10,14 +10,14 @@
 namespace trhost {
 
 /// The library and its host libraries, up for as long as this lives: main thread, client name and versions,
-/// preferences, shared folders, the library itself, and the hooks that we lend it.
+/// preferences, shared folders, crash handling, the library itself, and the hooks that we lend it.
 ///
 /// Threading: made and destroyed on the main thread, after all work on other threads is over.
 class HostSession {
 public:
     /// @throws Failure for preferences that cannot be read or options that are not valid; what the
     ///     library's start-up throws passes through. Nothing is left up then.
-    HostSession(const GlobalOptions& inOptions, const StateFolders& inFolders);
+    HostSession(const GlobalOptions& inOptions, const StateFolders& inFolders, Output& ioOutput);
     ~HostSession();
     HostSession(const HostSession&) = delete;
     HostSession& operator=(const HostSession&) = delete;
@@ -25,7 +25,7 @@ public:
     const std::shared_ptr<kiocore::threads::MainThread>& GetMainThread() const { return mMainThread; }
 
 private:
-    void StartUp(const GlobalOptions& inOptions, const StateFolders& inFolders);
+    void StartUp(const GlobalOptions& inOptions, const StateFolders& inFolders, Output& ioOutput);
     void Close() noexcept;
 
     std::shared_ptr<kiocore::threads::MainThread> mMainThread;

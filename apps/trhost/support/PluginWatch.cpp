@@ -23,10 +23,10 @@ using kiocore::utility::ToUTF16;
 /// Straight to standard error: the main thread, which else says things, may be what hangs.
 void TellOfHang(const std::string& inMatchName, std::chrono::seconds inRunning)
 {
-    const std::string line = kiocore::utility::ToUTF8(
-        Text("$$$/Halcyon/TrHost/EffectHangs=@0 has been running for @1 s and does not come back; Ctrl-C twice "
-             "ends trhost, trhost effects disable @0 switches it off",
-             {ToUTF16(inMatchName), ToUTF16(std::to_string(inRunning.count()))}));
+    const std::string line = kiocore::utility::ToUTF8(Text(
+        "$$$/Halcyon/TrHost/EffectHangs=@0 has been running for @1 s and does not come back; Ctrl-C twice "
+        "ends trhost, trhost effects disable @0 switches it off",
+        {ToUTF16(inMatchName), ToUTF16(std::to_string(inRunning.count()))}));
     std::fprintf(stderr, "trhost: %s\n", line.c_str());
 }
 

@@ -7,9 +7,9 @@
 
 namespace trhost {
 
-/// Watches over plug-ins beside the library's crash detection: a black box says what ran should the process be
-/// killed, a watchdog tells on standard error of a plug-in that does not come back. Both come into being with
-/// the first call of a plug-in, as most commands never call one.
+/// Watches over plug-ins beside the library's crash detection: a black box says what ran should the process
+/// be killed, a watchdog tells on standard error of a plug-in that does not come back. Both come into being
+/// with the first call of a plug-in, as most commands never call one.
 ///
 /// Threading: StartPluginWatch and StopPluginWatch on the main thread while no plug-in runs; calls on any.
 

@@ -55,9 +55,8 @@ StateFolders FindStateFolders(const std::string& inStateFolder)
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(inStateFolder, error);
     const std::string root = error ? inStateFolder : absolute.native();
-    return {toPath(root + "/preferences.xml"),  toPath(root),
-            toPath(root + "/Shared Documents"), toPath(root + "/registry.json"),
-            toPath(root + "/crashes/")};
+    return {toPath(root + "/preferences.xml"), toPath(root), toPath(root + "/Shared Documents"),
+            toPath(root + "/registry.json"), toPath(root + "/crashes/")};
 }
 
 } // namespace trhost

@@ -50,12 +50,11 @@ void Show(Output& ioOutput, const CheckResult& inResult)
     }
     for (const CheckFinding& finding : inResult.findings) {
         const UTF16String size = finding.size.empty() ? UTF16String() : u" (" + ToUTF16(finding.size) + u")";
-        ioOutput.Line(
-            effects::IsFault(finding.kind)
-                ? Text("$$$/Halcyon/TrHost/CheckBad=@0: BAD, @1@2",
-                       {ToUTF16(inResult.matchName), ToUTF16(finding.text), size})
-                : Text("$$$/Halcyon/TrHost/CheckNote=@0: @1@2",
-                       {ToUTF16(inResult.matchName), ToUTF16(finding.text), size}));
+        ioOutput.Line(effects::IsFault(finding.kind)
+                          ? Text("$$$/Halcyon/TrHost/CheckBad=@0: BAD, @1@2",
+                                 {ToUTF16(inResult.matchName), ToUTF16(finding.text), size})
+                          : Text("$$$/Halcyon/TrHost/CheckNote=@0: @1@2",
+                                 {ToUTF16(inResult.matchName), ToUTF16(finding.text), size}));
     }
 }
 

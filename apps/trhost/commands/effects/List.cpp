@@ -50,8 +50,8 @@ UTF16String DescribeParameter(const EffectParameter& inParameter)
         text = Text("$$$/Halcyon/TrHost/ParamChoices=@0 of @1", {text, choices});
     }
     if (!inParameter.defaultValue.empty()) {
-        text = Text("$$$/Halcyon/TrHost/ParamDefault=@0, default @1",
-                    {text, ToUTF16(inParameter.defaultValue)});
+        text =
+            Text("$$$/Halcyon/TrHost/ParamDefault=@0, default @1", {text, ToUTF16(inParameter.defaultValue)});
     }
     return text;
 }
@@ -87,10 +87,10 @@ void ShowInfo(Output& ioOutput, const CatalogueEffect& inEffect, const EffectCra
     ShowLine(ioOutput, "state", StateOf(inEffect, inCrashes));
     ShowLine(ioOutput, "file", kiocore::filesupport::FromNative(effect.file));
     for (const EffectParameter& parameter : effect.parameters) {
-        ioOutput.Line(Text("$$$/Halcyon/TrHost/ParamLine=parameter @0: @1@2",
-                           {ToUTF16(parameter.name), DescribeParameter(parameter),
-                            parameter.explanation.empty() ? UTF16String()
-                                                          : u"; " + ToUTF16(parameter.explanation)}));
+        ioOutput.Line(
+            Text("$$$/Halcyon/TrHost/ParamLine=parameter @0: @1@2",
+                 {ToUTF16(parameter.name), DescribeParameter(parameter),
+                  parameter.explanation.empty() ? UTF16String() : u"; " + ToUTF16(parameter.explanation)}));
     }
 }
 
@@ -102,8 +102,9 @@ void Switch(Context& ioContext, const std::vector<const CatalogueEffect*>& inEff
     }
     SetEffectsEnabled(names, inEnabled);
     for (const std::string& name : names) {
-        ioContext.output.Note(inEnabled ? Text("$$$/Halcyon/TrHost/EffectOn=@0: switched on", {ToUTF16(name)})
-                                        : Text("$$$/Halcyon/TrHost/EffectOff=@0: switched off", {ToUTF16(name)}),
+        ioContext.output.Note(inEnabled
+                                  ? Text("$$$/Halcyon/TrHost/EffectOn=@0: switched on", {ToUTF16(name)})
+                                  : Text("$$$/Halcyon/TrHost/EffectOff=@0: switched off", {ToUTF16(name)}),
                               JsonLine().Add("matchName", name).Add("enabled", inEnabled));
     }
 }
@@ -178,17 +179,19 @@ int EffectsTypes(Context& ioContext, const EffectSearch& inSearch, const EffectT
         for (const std::string& name : inOptions.formats) {
             formats.push_back(kiomediatypes::PixelFormatNamed(name));
             if (formats.back() == kiomediatypes::kPixelFormat_Any) {
-                throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/NoSuchFormat=--from-formats @0: there is no "
-                                                "such pixel format; see trhost still --help",
-                                                {ToUTF16(name)}));
+                throw Failure(kExit_Usage,
+                              Text("$$$/Halcyon/TrHost/NoSuchFormat=--from-formats @0: there is no "
+                                   "such pixel format; see trhost still --help",
+                                   {ToUTF16(name)}));
             }
         }
         TR::AddPixelFormatEffects(formats, types);
     } else if (!inOptions.name.empty()) {
         types = EffectHost(ioContext, inSearch).Find(inOptions.name).types;
     } else {
-        throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/NoTypesOf=effects types needs the match name of an "
-                                        "effect, or --from-formats"));
+        throw Failure(kExit_Usage,
+                      Text("$$$/Halcyon/TrHost/NoTypesOf=effects types needs the match name of an "
+                           "effect, or --from-formats"));
     }
     for (const auto& type : types) {
         ioContext.output.Result(

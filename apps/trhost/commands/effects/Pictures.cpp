@@ -112,10 +112,11 @@ MF::IVideoFrameRef ConvertPicture(const MF::IVideoFrameRef& inPicture, PixelForm
                               inPicture->GetColorSpace(), false, false) ||
         !converted->InitializePixels(0) ||
         !VF::VideoFrameManipulators::CopyFrame(inPicture, converted, kRenderQuality_High, {})) {
-        throw Failure(kExit_Failed,
-                      Text("$$$/Halcyon/TrHost/EffectInputNotConverted=the picture of @0 could not be converted to "
-                           "@1; --trace Frames tells why",
-                           {DescribeFrame(inPicture), ToUTF16(NameOf(inFormat))}));
+        throw Failure(
+            kExit_Failed,
+            Text("$$$/Halcyon/TrHost/EffectInputNotConverted=the picture of @0 could not be converted to "
+                 "@1; --trace Frames tells why",
+                 {DescribeFrame(inPicture), ToUTF16(NameOf(inFormat))}));
     }
     return converted;
 }
@@ -133,8 +134,9 @@ PixelFormat BestFormatFor(const MF::IVideoFrameRef& inPicture, const std::vector
         return inFormats.front();
     }
     // Deeper pictures go where least is lost; YUV can come back as it was only through more bits.
-    const auto deepest = std::max_element(
-        inFormats.begin(), inFormats.end(), [](PixelFormat a, PixelFormat b) { return DepthOf(a) < DepthOf(b); });
+    const auto deepest =
+        std::max_element(inFormats.begin(), inFormats.end(),
+                         [](PixelFormat a, PixelFormat b) { return DepthOf(a) < DepthOf(b); });
     return *deepest;
 }
 

@@ -35,7 +35,8 @@ FrameOutput OutputFor(const std::string& inPath)
 
 void WritePicture(const MF::IVideoFrameRef& inPicture, const FrameOutput& inOutput)
 {
-    const bool isPNG = inOutput.Path().size() > 4 && inOutput.Path().substr(inOutput.Path().size() - 4) != u".raw";
+    const bool isPNG =
+        inOutput.Path().size() > 4 && inOutput.Path().substr(inOutput.Path().size() - 4) != u".raw";
     // A PNG takes every format, and keeps 16 bits of a deep one.
     inOutput.Write(isPNG ? inPicture
                          : inOutput.Shaped(inPicture, {inPicture->GetWidth(), inPicture->GetHeight()},
@@ -47,10 +48,11 @@ void ThrowIfSameFile(const std::string& inInput, const std::string& inOutput)
 {
     std::error_code error;
     if (std::filesystem::equivalent(inInput, inOutput, error)) {
-        throw Failure(kExit_Usage,
-                      Text("$$$/Halcyon/TrHost/OutputIsInput=the output @0 is the input itself; expected another "
-                           "file",
-                           {kiocore::filesupport::FromNative(inOutput)}));
+        throw Failure(
+            kExit_Usage,
+            Text("$$$/Halcyon/TrHost/OutputIsInput=the output @0 is the input itself; expected another "
+                 "file",
+                 {kiocore::filesupport::FromNative(inOutput)}));
     }
 }
 
@@ -64,18 +66,20 @@ RunFiles FilesOf(const EffectDescription& inEffect, const EffectsRunOptions& inO
 {
     const std::size_t expected = inEffect.kind == EffectKind::kGenerator ? 1 : 2;
     if (inEffect.kind == EffectKind::kTransition) {
-        throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/IsTransition=@0 is a transition; see trhost effects "
-                                        "transition --help",
-                                        {ToUTF16(inEffect.matchName)}));
+        throw Failure(kExit_Usage,
+                      Text("$$$/Halcyon/TrHost/IsTransition=@0 is a transition; see trhost effects "
+                           "transition --help",
+                           {ToUTF16(inEffect.matchName)}));
     }
     if (inOptions.files.size() != expected) {
-        throw Failure(kExit_Usage,
-                      expected == 1
-                          ? Text("$$$/Halcyon/TrHost/GeneratorFiles=@0 is a generator: found @1 files, expected one, "
-                                 "the output",
-                                 {ToUTF16(inEffect.matchName), ToUTF16(std::to_string(inOptions.files.size()))})
-                          : Text("$$$/Halcyon/TrHost/FilterFiles=found @0 files, expected two, input and output",
-                                 {ToUTF16(std::to_string(inOptions.files.size()))}));
+        throw Failure(
+            kExit_Usage,
+            expected == 1
+                ? Text("$$$/Halcyon/TrHost/GeneratorFiles=@0 is a generator: found @1 files, expected one, "
+                       "the output",
+                       {ToUTF16(inEffect.matchName), ToUTF16(std::to_string(inOptions.files.size()))})
+                : Text("$$$/Halcyon/TrHost/FilterFiles=found @0 files, expected two, input and output",
+                       {ToUTF16(std::to_string(inOptions.files.size()))}));
     }
     if (expected == 1) {
         return {"", inOptions.files[0]};
@@ -87,7 +91,8 @@ RunFiles FilesOf(const EffectDescription& inEffect, const EffectsRunOptions& inO
 /// One effect making pictures, for as long as it is asked for more.
 class PictureRun {
 public:
-    PictureRun(const EffectDescription& inEffect, const EffectsRunOptions& inOptions, const std::string& inInput)
+    PictureRun(const EffectDescription& inEffect, const EffectsRunOptions& inOptions,
+               const std::string& inInput)
     {
         effects::VideoEffectForm form;
         form.format = inOptions.format;
@@ -161,10 +166,10 @@ int RunOnPictures(Context& ioContext, const EffectDescription& inEffect, const E
         }
     }
     if (!last) {
-        throw Failure(kExit_Failed,
-                      Text("$$$/Halcyon/TrHost/EffectGaveNothing=@0 was given @1 pictures and gave none",
-                           {ToUTF16(inEffect.matchName),
-                            ToUTF16(std::to_string(inOptions.frames + kMostSwallowed))}));
+        throw Failure(
+            kExit_Failed,
+            Text("$$$/Halcyon/TrHost/EffectGaveNothing=@0 was given @1 pictures and gave none",
+                 {ToUTF16(inEffect.matchName), ToUTF16(std::to_string(inOptions.frames + kMostSwallowed))}));
     }
     if (!HasNumber(inFiles.output)) {
         WritePicture(last, check);
@@ -192,8 +197,9 @@ int EffectsTransition(Context& ioContext, const EffectSearch& inSearch,
     const EffectHost host(ioContext, inSearch);
     const EffectDescription& effect = host.FindRunnable(inOptions.name).description;
     if (effect.kind != EffectKind::kTransition) {
-        throw Failure(kExit_Negative, Text("$$$/Halcyon/TrHost/IsNoTransition=@0 is a @1; expected a transition",
-                                           {ToUTF16(effect.matchName), ToUTF16(NameOf(effect.kind))}));
+        throw Failure(kExit_Negative,
+                      Text("$$$/Halcyon/TrHost/IsNoTransition=@0 is a @1; expected a transition",
+                           {ToUTF16(effect.matchName), ToUTF16(NameOf(effect.kind))}));
     }
     ThrowIfSameFile(inOptions.from, inOptions.output);
     ThrowIfSameFile(inOptions.to, inOptions.output);
