@@ -9,6 +9,27 @@ thread_local std::size_t sCount = 0;
 
 } // namespace
 
+#if defined(CRASH_CASES_SANITIZED)
+
+// A sanitizer has an operator new of its own and tells us of its calls.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),
+                                                         void (*)(const volatile void*));
+
+namespace {
+
+void ListenOnce()
+{
+    static const int listening = __sanitizer_install_malloc_and_free_hooks(
+        [](const volatile void*, std::size_t) { ++sCount; }, [](const volatile void*) {});
+    if (listening == 0) {
+        std::abort();
+    }
+}
+
+} // namespace
+
+#else
+
 void* operator new(std::size_t inSize)
 {
     ++sCount;
@@ -26,9 +47,21 @@ void operator delete(void* inMemory, std::size_t) noexcept
     std::free(inMemory);
 }
 
+namespace {
+
+void ListenOnce() {}
+
+} // namespace
+
+#endif
+
 namespace support {
 
-AllocationCount::AllocationCount() : mAtStart(sCount) {}
+AllocationCount::AllocationCount()
+{
+    ListenOnce();
+    mAtStart = sCount;
+}
 
 std::size_t AllocationCount::SinceThen() const
 {

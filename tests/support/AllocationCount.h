@@ -4,7 +4,7 @@
 
 namespace support {
 
-/// Counts what the calling thread takes with operator new. Replaces it in the program that links this.
+/// Counts what the calling thread takes with operator new, which it replaces in the program that links this.
 class AllocationCount {
 public:
     AllocationCount();

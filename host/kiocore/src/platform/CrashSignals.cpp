@@ -54,8 +54,8 @@ void OfferToGuard(int inSignal, const siginfo_t& inInfo, const ucontext_t* inCon
     exceptions::detail::Disarm(*guard);
     guard->code = inSignal;
     guard->address = reinterpret_cast<std::uintptr_t>(inInfo.si_addr);
-    // The jump restores no mask. What a handler that calls us as the one before him has blocked, would stay
-    // so.
+    // The jump restores no mask; what the system, or a handler that passes faults on to us, has blocked would
+    // stay so.
     if (inContext) {
         pthread_sigmask(SIG_SETMASK, &inContext->uc_sigmask, nullptr);
     } else {
@@ -220,7 +220,9 @@ void SwitchCrashHandlingOn(void (*inRunCallbacks)() noexcept)
 {
     std::lock_guard lock(sInstallLock);
     sRunCallbacks.store(inRunCallbacks);
-    sProcess.store(ProcessID());
+    if (sProcess.exchange(ProcessID()) != ProcessID()) {
+        sCrashingThread.store(0); // perhaps a child that was forked while its parent crashed
+    }
     for (std::size_t i = 0; i < kSignalCount; ++i) {
         Take(i);
     }

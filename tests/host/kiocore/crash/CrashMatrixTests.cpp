@@ -53,10 +53,12 @@ TEST(CrashHandling, KeepsItsPromisesInTheSpecialCases)
         {"null-store", "worker-with-signals-blocked", Signal(SIGSEGV), true},
         {"null-store", "two-threads-at-once", Signal(SIGSEGV), true}, // one report, not two
         {"abort", "two-threads-at-once", Signal(SIGABRT), true},
-        {"abort", "faulting-callback", Signal(SIGABRT), false},
         {"null-store", "faulting-callback", Signal(SIGSEGV), false},
         {"division-by-zero", "aborting-callback", Signal(SIGFPE), false},
+#if !defined(CRASH_CASES_THREAD_SANITIZER) // it blocks all signals in a handler: a fault there ends it all
+        {"abort", "faulting-callback", Signal(SIGABRT), false},
         {"abort", "faulting-callback-in-guard", Signal(SIGABRT), false},
+#endif
         {"null-store", "behind-another-handler", Signal(SIGSEGV), true},
         {"abort", "uninstalled", Signal(SIGABRT), false},
         {"uncaught-exception", "uninstalled", Signal(SIGABRT), false},
