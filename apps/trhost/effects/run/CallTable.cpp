@@ -1,6 +1,7 @@
 #include "CallTable.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace trhost::effects {
@@ -19,6 +20,27 @@ std::string_view CutToFit(std::string_view inName) noexcept
         --size;
     }
     return inName.substr(0, size);
+}
+
+// Of a fixed size, so that copying is one instruction.
+std::uint64_t WordAt(const char* inBytes) noexcept
+{
+    std::uint64_t word;
+    std::memcpy(&word, inBytes, kWordSize);
+    return word;
+}
+
+/// The last inCount bytes of the text, fewer than a word, as a word in memory begins with them.
+std::uint64_t LastWord(std::string_view inText, std::size_t inCount) noexcept
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        if (inText.size() >= kWordSize) {
+            return WordAt(inText.data() + inText.size() - kWordSize) >> 8 * (kWordSize - inCount);
+        }
+    }
+    char bytes[kWordSize] = {};
+    std::copy_n(inText.end() - inCount, inCount, bytes);
+    return WordAt(bytes);
 }
 
 bool CanBeAName(std::string_view inName)
@@ -42,10 +64,12 @@ void CallSlot::Push(std::uint32_t inDepth, std::string_view inName, std::int64_t
         call.number.store(number, std::memory_order_release);
         call.nameSize.store(static_cast<std::uint32_t>(text.size()), std::memory_order_release);
         call.startTicks.store(inStartTicks, std::memory_order_release);
-        for (std::size_t at = 0; at < text.size(); at += kWordSize) {
-            std::uint64_t word = 0;
-            std::memcpy(&word, text.data() + at, std::min(kWordSize, text.size() - at));
-            call.name[at / kWordSize].store(word, std::memory_order_release);
+        std::size_t word = 0;
+        for (; (word + 1) * kWordSize <= text.size(); ++word) {
+            call.name[word].store(WordAt(text.data() + word * kWordSize), std::memory_order_release);
+        }
+        if (word * kWordSize < text.size()) {
+            call.name[word].store(LastWord(text, text.size() - word * kWordSize), std::memory_order_release);
         }
     }
     depth.store(inDepth + 1, std::memory_order_release);

@@ -102,7 +102,7 @@ Watchdog::Watchdog(Callback inCallback, std::chrono::milliseconds inLimit,
 {}
 
 Watchdog::Watchdog(Callback inCallback, std::chrono::milliseconds inLimit,
-                   std::shared_ptr<DelayedExecutor> inExecutor, std::shared_ptr<CallTable> inTable)
+                   std::shared_ptr<DelayedExecutor> inExecutor, const std::shared_ptr<CallTable>& inTable)
     : mCalls(CallKeeper::kWatchdog, inTable),
       mLooking(std::make_shared<Looking>(std::move(inCallback), inLimit, inTable)),
       mExecutor(OrOwnThread(std::move(inExecutor)))

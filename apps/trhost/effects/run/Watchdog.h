@@ -44,7 +44,7 @@ private:
     class Looking;
     Watchdog(Callback inCallback, std::chrono::milliseconds inLimit,
              std::shared_ptr<kiocore::threads::DelayedExecutor> inExecutor,
-             std::shared_ptr<CallTable> inTable);
+             const std::shared_ptr<CallTable>& inTable);
 
     RunningCalls mCalls;
     const std::shared_ptr<Looking> mLooking;

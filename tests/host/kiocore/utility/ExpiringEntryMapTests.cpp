@@ -139,9 +139,9 @@ TEST_F(AMapOfExpiringEntries, LetsValuesGoWithoutItsLock)
 
 TEST_F(AMapOfExpiringEntries, KeepsOneOfTwoThatWereInsertedAtOnce)
 {
+    std::atomic<int> ended{0};
     const auto map = Make();
     std::vector<std::thread> threads;
-    std::atomic<int> ended{0};
     for (int i = 0; i < 2; ++i) {
         threads.emplace_back([&, i] {
             for (int round = 0; round < 1000; ++round) {

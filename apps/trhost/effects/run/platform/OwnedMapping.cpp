@@ -129,8 +129,8 @@ void OwnedMapping::LeaveToParent() noexcept
         return;
     }
     ::close(std::exchange(live->mFile, -1)); // else the lock would outlive the parent
-    ::mmap(live->mMemory, live->mSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1,
-           0);
+    [[maybe_unused]] void* const own = ::mmap(live->mMemory, live->mSize, PROT_READ | PROT_WRITE,
+                                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
 }
 
 std::optional<AbandonedFile> AbandonedFile::Claim(const std::string& inPath)
