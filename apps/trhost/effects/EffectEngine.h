@@ -45,7 +45,8 @@ public:
     /// @param inInputs  InputCount() frames of Format() and the size that Open was told; not changed, not
     /// kept.
     /// @param inTime    of the picture; rises from call to call.
-    /// @param inPosition  of a transition, 0 all of the first picture to 1 all of the second.
+    /// @param inPosition  of a transition, 0 all of the first picture to 1 all of the second; a plug-in that
+    ///     knows of no position mixes in the same way throughout.
     /// @return a new frame of Format(), not shared yet; filters that change the size give another size. Empty
     ///     when the plug-in wants more input before it gives anything.
     /// @throws kio_exception (kEffectError_BadFrame, kEffectError_PluginFailed), what IPluginCalls throws.
