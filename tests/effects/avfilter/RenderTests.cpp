@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <csignal>
 
 namespace avfiltertests {
 namespace {
@@ -312,6 +313,16 @@ TEST(AvfilterRender, PicturesMustBeOfTheFormThatWasOpened)
         EXPECT_EQ(FailureOf([&] { Open("negate", bad); }, text), kEffectError_BadFrame);
         EXPECT_THAT(text, HasSubstr("avfilter.negate"));
     }
+}
+
+TEST(AvfilterRenderDeathTest, AFilterThatAbortsTakesTheProcessWithIt)
+{
+    // Debian's says that it takes RGB. Whoever wants it may have it, in a format that it can do.
+    const Form form{kPixelFormat_BGRA_4444_8u, 64, 48};
+    EXPECT_EXIT(Once("vidstabdetect", form, Plain(form, {1, 0, 0, 1})), testing::KilledBySignal(SIGABRT),
+                "planes==1");
+    const Form works{kPixelFormat_YUV_420_8u_Planar, 64, 48};
+    EXPECT_TRUE(Once("vidstabdetect", works, Plain(works, {1, 0, 0, 1})));
 }
 
 TEST(AvfilterRender, EveryCallNamesThePlugin)

@@ -133,6 +133,8 @@ constexpr FilterOption kWithheld[] = {
     {"blend", "c1_opacity"},
     {"blend", "c2_opacity"},
     {"blend", "c3_opacity"},
+    {"blend", "c3_mode"},
+    {"blend", "c3_expr"},
     {"mix", "weights"},
     {"mix", "scale"},
     {"mix", "duration"},
