@@ -94,6 +94,18 @@ TEST(AvfilterTransition, AWayOfBlendingLeadsThroughItsResult)
     }
 }
 
+TEST(AvfilterTransition, AlphaGoesFromOneToTheOtherHoweverColoursBlend)
+{
+    const Form form{kPixelFormat_BGRA_4444_8u, 64, 48};
+    const auto effect = Open("blend", form, {{"all_mode", "difference"}});
+    const std::array<double, 4> veil{0, 0.6, 1, 0.2};
+    for (const auto& [position, alpha] : {std::pair(0.0, 1.0), {0.5, 0.6}, {0.75, 0.4}, {1.0, 0.2}}) {
+        const auto output =
+            effect->Render({Plain(form, kFirst), Plain(form, veil)}, TickTime::Zero(), position);
+        EXPECT_NEAR(FrameSamples(output).Get(3, 30, 20), 255 * alpha, 1) << "at " << position;
+    }
+}
+
 TEST(AvfilterTransition, ModulesSayWhatTheyAre)
 {
     const EffectDescription description = Engine().Describe("", "xfade");

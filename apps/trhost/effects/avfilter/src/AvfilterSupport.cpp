@@ -15,7 +15,9 @@ namespace trhost::effects::avfilter {
 
 void KeepMessage(ScFilterMessages& ioMessages, std::string inLine)
 {
-    ioMessages.mComplaint = std::move(inLine);
+    if (ioMessages.mComplaint.empty()) {
+        ioMessages.mComplaint = std::move(inLine);
+    }
 }
 
 namespace {

@@ -2,56 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 namespace trhost::effects::avfilter {
 namespace {
 
+constexpr int kMostComponents = 4;
 constexpr int kPixelsInGroup = 6;
 constexpr int kBytesInGroup = 16;
-
-// Steps that are known while compiling are what lets the compiler use wide instructions.
-template <typename T, int FromStep, int ToStep>
-void CopyRow(const T* __restrict inFrom, int inFromStep, T* __restrict outTo, int inToStep, int inCount)
-{
-    const std::ptrdiff_t from = FromStep ? FromStep : inFromStep;
-    const std::ptrdiff_t to = ToStep ? ToStep : inToStep;
-    for (std::ptrdiff_t i = 0; i < inCount; ++i) {
-        outTo[i * to] = inFrom[i * from];
-    }
-}
-
-template <typename T>
-using RowFunction = void (*)(const T*, int, T*, int, int);
-
-template <typename T, int FromStep>
-RowFunction<T> RowFunctionTo(int inToStep)
-{
-    switch (inToStep) {
-    case 1:
-        return &CopyRow<T, FromStep, 1>;
-    case 2:
-        return &CopyRow<T, FromStep, 2>;
-    case 4:
-        return &CopyRow<T, FromStep, 4>;
-    default:
-        return &CopyRow<T, FromStep, 0>;
-    }
-}
-
-template <typename T>
-RowFunction<T> RowFunctionFor(int inFromStep, int inToStep)
-{
-    switch (inFromStep) {
-    case 1:
-        return RowFunctionTo<T, 1>(inToStep);
-    case 2:
-        return RowFunctionTo<T, 2>(inToStep);
-    case 4:
-        return RowFunctionTo<T, 4>(inToStep);
-    default:
-        return RowFunctionTo<T, 0>(inToStep);
-    }
-}
 
 template <typename T>
 T* RowOf(const Samples& inSamples, int inRow)
@@ -59,14 +17,111 @@ T* RowOf(const Samples& inSamples, int inRow)
     return reinterpret_cast<T*>(inSamples.first + inRow * inSamples.rowBytes);
 }
 
+/// Where a row of each component begins.
 template <typename T>
-void CopyAll(const Samples& inFrom, const Samples& inTo)
+struct Rows {
+    T* components[kMostComponents];
+
+    Rows(const Samples* inSamples, int inCount, int inRow)
+    {
+        for (int i = 0; i < inCount; ++i) {
+            components[i] = RowOf<T>(inSamples[i], inRow);
+        }
+    }
+};
+
+// What is known while compiling is what lets the compiler use wide instructions.
+template <typename T, int Count, int FromStep, int ToStep>
+void CopyRow(const Rows<T>& inFrom, int inFromStep, const Rows<T>& inTo, int inToStep, int inWidth)
 {
-    const int fromStep = inFrom.stepBytes / int(sizeof(T));
-    const int toStep = inTo.stepBytes / int(sizeof(T));
-    const RowFunction<T> copyRow = RowFunctionFor<T>(fromStep, toStep);
+    const std::ptrdiff_t fromStep = FromStep ? FromStep : inFromStep;
+    const std::ptrdiff_t toStep = ToStep ? ToStep : inToStep;
+    const T* from[Count];
+    T* to[Count];
+    for (int i = 0; i < Count; ++i) {
+        from[i] = inFrom.components[i];
+        to[i] = inTo.components[i];
+    }
+    for (std::ptrdiff_t x = 0; x < inWidth; ++x) {
+        T values[Count];
+        for (int i = 0; i < Count; ++i) {
+            values[i] = from[i][x * fromStep];
+        }
+        for (int i = 0; i < Count; ++i) {
+            to[i][x * toStep] = values[i];
+        }
+    }
+}
+
+template <typename T>
+using RowFunction = void (*)(const Rows<T>&, int, const Rows<T>&, int, int);
+
+template <typename T, int Count>
+RowFunction<T> RowFunctionFor(int inFromStep, int inToStep)
+{
+    // Planes and pixels of four, the arrangements that matter most.
+    if (inFromStep == 4 && inToStep == 1) {
+        return &CopyRow<T, Count, 4, 1>;
+    }
+    if (inFromStep == 1 && inToStep == 4) {
+        return &CopyRow<T, Count, 1, 4>;
+    }
+    if (inFromStep == 4 && inToStep == 4) {
+        return &CopyRow<T, Count, 4, 4>;
+    }
+    return &CopyRow<T, Count, 0, 0>;
+}
+
+/// Whether samples lie alike, one component to the next, within pixels without gaps.
+bool IsSameArrangement(const Samples* inFrom, const Samples* inTo, int inCount, int inSampleBytes)
+{
+    for (int i = 0; i < inCount; ++i) {
+        if (inFrom[i].stepBytes != inCount * inSampleBytes || inTo[i].stepBytes != inFrom[i].stepBytes ||
+            inFrom[i].first - inFrom[0].first != inTo[i].first - inTo[0].first) {
+            return false;
+        }
+    }
+    return true;
+}
+
+const Samples& Lowest(const Samples* inSamples, int inCount)
+{
+    return *std::min_element(inSamples, inSamples + inCount, [](const Samples& inA, const Samples& inB) {
+        return std::less<>()(inA.first, inB.first);
+    });
+}
+
+void CopyWholeRows(const Samples& inFrom, const Samples& inTo)
+{
     for (int row = 0; row < inTo.height; ++row) {
-        copyRow(RowOf<T>(inFrom, row), fromStep, RowOf<T>(inTo, row), toStep, inTo.width);
+        std::memcpy(RowOf<std::uint8_t>(inTo, row), RowOf<std::uint8_t>(inFrom, row),
+                    std::size_t(inTo.width) * std::size_t(inTo.stepBytes));
+    }
+}
+
+template <typename T, int Count>
+void CopyRows(const Samples* inFrom, const Samples* inTo)
+{
+    const int fromStep = inFrom->stepBytes / int(sizeof(T));
+    const int toStep = inTo->stepBytes / int(sizeof(T));
+    const RowFunction<T> copyRow = RowFunctionFor<T, Count>(fromStep, toStep);
+    for (int row = 0; row < inTo->height; ++row) {
+        copyRow({inFrom, Count, row}, fromStep, {inTo, Count, row}, toStep, inTo->width);
+    }
+}
+
+template <typename T>
+void CopyAll(const Samples* inFrom, const Samples* inTo, int inCount)
+{
+    switch (inCount) {
+    case 4:
+        return CopyRows<T, 4>(inFrom, inTo);
+    case 3:
+        return CopyRows<T, 3>(inFrom, inTo);
+    default:
+        for (int i = 0; i < inCount; ++i) {
+            CopyRows<T, 1>(inFrom + i, inTo + i);
+        }
     }
 }
 
@@ -104,15 +159,18 @@ struct Group {
 
 } // namespace
 
-void CopySamples(const Samples& inFrom, const Samples& inTo, int inSampleBytes)
+void CopySamples(const Samples* inFrom, const Samples* inTo, int inCount, int inSampleBytes)
 {
+    if (IsSameArrangement(inFrom, inTo, inCount, inSampleBytes)) {
+        return CopyWholeRows(Lowest(inFrom, inCount), Lowest(inTo, inCount));
+    }
     switch (inSampleBytes) {
     case 1:
-        return CopyAll<std::uint8_t>(inFrom, inTo);
+        return CopyAll<std::uint8_t>(inFrom, inTo, inCount);
     case 2:
-        return CopyAll<std::uint16_t>(inFrom, inTo);
+        return CopyAll<std::uint16_t>(inFrom, inTo, inCount);
     default:
-        return CopyAll<std::uint32_t>(inFrom, inTo);
+        return CopyAll<std::uint32_t>(inFrom, inTo, inCount);
     }
 }
 

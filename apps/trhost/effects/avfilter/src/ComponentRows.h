@@ -14,9 +14,11 @@ struct Samples {
     int height = 0;
 };
 
-/// Copies a component from one arrangement of pixels to another; the values stay as they are.
+/// Copies components from one arrangement of pixels to another; the values stay as they are. Components of
+/// one picture are best copied together: pixels then pass through the processor once.
+/// @param inCount        components, up to four, all of one size and step on each side.
 /// @param inSampleBytes  1, 2 or 4.
-void CopySamples(const Samples& inFrom, const Samples& inTo, int inSampleBytes);
+void CopySamples(const Samples* inFrom, const Samples* inTo, int inCount, int inSampleBytes);
 /// Gives all samples one value.
 void FillSamples(const Samples& inTo, int inSampleBytes, const void* inValue);
 

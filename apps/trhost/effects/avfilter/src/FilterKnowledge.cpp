@@ -116,6 +116,11 @@ constexpr std::string_view kFileOptions[] = {
     "textfile",
 };
 
+constexpr std::string_view kAlphaSpoilers[] = {
+    "datascope", "fade",        "histeq",  "kirsch", "maskfun",
+    "prewitt",   "pseudocolor", "roberts", "scharr", "sobel",
+};
+
 struct FilterOption {
     std::string_view filter;
     std::string_view option;
@@ -133,6 +138,8 @@ constexpr FilterOption kWithheld[] = {
     {"blend", "c1_opacity"},
     {"blend", "c2_opacity"},
     {"blend", "c3_opacity"},
+    {"blend", "c3_mode"},
+    {"blend", "c3_expr"},
     {"mix", "weights"},
     {"mix", "scale"},
     {"mix", "duration"},
@@ -215,6 +222,11 @@ bool IsBroken(std::string_view inFilter, kiomediatypes::PixelFormat inFormat)
                        [&](const BrokenFormat& inBroken) {
                            return inBroken.filter == inFilter && inBroken.format == inFormat;
                        });
+}
+
+bool SpoilsAlpha(std::string_view inFilter)
+{
+    return Contains(kAlphaSpoilers, inFilter);
 }
 
 bool IsWithheld(std::string_view inFilter, std::string_view inOption)

@@ -42,6 +42,10 @@ bool IsAskedOnly(std::string_view inFilter);
 /// Formats that a filter says it takes and then ruins its memory or the picture in. They are not even tried.
 bool IsBroken(std::string_view inFilter, kiomediatypes::PixelFormat inFormat);
 
+/// Filters that take alpha for one more colour, so that opaque pictures come out transparent. They get
+/// pictures without, where they take them.
+bool SpoilsAlpha(std::string_view inFilter);
+
 /// Options that are not offered: names of files to be read and written, what the form of an instance or the
 /// position of a transition decides, and what changes the number of inputs. Their aliases are
 /// known by where they are stored.

@@ -133,10 +133,24 @@ void CompletePairs(const Samples& inLuma)
     }
 }
 
+bool AreAlike(const Components& inComponents)
+{
+    const Samples& first = inComponents.samples[0];
+    return std::all_of(inComponents.samples, inComponents.samples + inComponents.count,
+                       [&](const Samples& inOther) {
+                           return inOther.stepBytes == first.stepBytes && inOther.width == first.width &&
+                                  inOther.height == first.height;
+                       });
+}
+
 void CopyComponents(const Components& inFrom, const Components& inTo)
 {
-    for (int i = 0; i < std::min(inFrom.count, inTo.count); ++i) {
-        CopySamples(inFrom.samples[i], inTo.samples[i], inTo.sampleBytes);
+    const int count = std::min(inFrom.count, inTo.count);
+    if (AreAlike(inFrom) && AreAlike(inTo)) {
+        return CopySamples(inFrom.samples, inTo.samples, count, inTo.sampleBytes);
+    }
+    for (int i = 0; i < count; ++i) {
+        CopySamples(inFrom.samples + i, inTo.samples + i, 1, inTo.sampleBytes);
     }
 }
 
@@ -164,7 +178,8 @@ void TakeAlphaAlong(const Components& inOurs, AVFrame& ioPicture)
     ioPicture.opaque_ref = Allocated(av_buffer_alloc(AlphaNoteBytes(alpha, inOurs.sampleBytes)));
     const AlphaNote note{alpha.width, alpha.height};
     std::memcpy(ioPicture.opaque_ref->data, &note, sizeof note);
-    CopySamples(alpha, SamplesOf(*ioPicture.opaque_ref, alpha, inOurs.sampleBytes), inOurs.sampleBytes);
+    const Samples kept = SamplesOf(*ioPicture.opaque_ref, alpha, inOurs.sampleBytes);
+    CopySamples(&alpha, &kept, 1, inOurs.sampleBytes);
 }
 
 bool IsFor(const AVBufferRef* inNote, const Samples& inAlpha, int inSampleBytes)
@@ -181,7 +196,8 @@ void BringAlphaBack(const AVFrame& inPicture, const Components& inOurs)
 {
     const Samples& alpha = inOurs.samples[kAlpha];
     if (IsFor(inPicture.opaque_ref, alpha, inOurs.sampleBytes)) {
-        CopySamples(SamplesOf(*inPicture.opaque_ref, alpha, inOurs.sampleBytes), alpha, inOurs.sampleBytes);
+        const Samples kept = SamplesOf(*inPicture.opaque_ref, alpha, inOurs.sampleBytes);
+        CopySamples(&kept, &alpha, 1, inOurs.sampleBytes);
         return;
     }
     constexpr float kOpaqueFloat = 1;

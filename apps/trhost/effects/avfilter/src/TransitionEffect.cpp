@@ -20,12 +20,38 @@ std::string Decimal(double inNumber)
 
 } // namespace
 
-bool TransitionEffect::BlendsNormally() const
+Settings TransitionEffect::ColorSettings() const
 {
-    return std::none_of(UserSettings().begin(), UserSettings().end(), [](const auto& inSetting) {
-        const bool isWay = inSetting.first.ends_with("_mode") || inSetting.first.ends_with("_expr");
-        return isWay && inSetting.second != "normal";
-    });
+    Settings settings;
+    for (const auto& [name, value] : UserSettings()) {
+        if (!name.starts_with("all_")) {
+            settings.emplace_back(name, value);
+            continue;
+        }
+        // What is said of all components would hold for alpha too: the difference of two opaque pictures
+        // would be invisible.
+        for (const char* color : {"c0", "c1", "c2"}) {
+            settings.emplace_back(color + name.substr(3), value);
+        }
+    }
+    return settings;
+}
+
+TransitionEffect::Plan TransitionEffect::PlanForBlend(double inPosition) const
+{
+    const bool isNormal =
+        std::all_of(UserSettings().begin(), UserSettings().end(), [](const auto& inSetting) {
+            const bool isWay = inSetting.first.ends_with("_mode") || inSetting.first.ends_with("_expr");
+            return !isWay || inSetting.second == "normal";
+        });
+    Plan plan{ColorSettings(), !isNormal && inPosition > 0.5, {}};
+    const double ofFirst = plan.isSwapped ? inPosition : 1 - inPosition; // of what is handed in first
+    const double ofResult = isNormal ? ofFirst : 2 * std::min(inPosition, 1 - inPosition);
+    for (const char* color : {"c0_opacity", "c1_opacity", "c2_opacity"}) {
+        plan.settings.emplace_back(color, Decimal(ofResult));
+    }
+    plan.settings.emplace_back("c3_opacity", Decimal(ofFirst));
+    return plan;
 }
 
 TransitionEffect::Plan TransitionEffect::PlanFor(double inPosition) const
@@ -39,12 +65,8 @@ TransitionEffect::Plan TransitionEffect::PlanFor(double inPosition) const
         plan.settings.emplace_back("weights", Decimal(1 - inPosition) + " " + Decimal(inPosition));
     } else if (name == "overlay") {
         plan.secondAlpha = inPosition;
-    } else if (BlendsNormally()) {
-        plan.settings.emplace_back("all_opacity", Decimal(1 - inPosition)); // of the first
     } else {
-        plan.isSwapped = inPosition > 0.5;
-        plan.settings.emplace_back("all_opacity",
-                                   Decimal(2 * (plan.isSwapped ? 1 - inPosition : inPosition)));
+        return PlanForBlend(inPosition);
     }
     return plan;
 }

@@ -9,6 +9,7 @@ namespace trhost::effects::avfilter {
 ///   xfade    lasts one second and begins so long ago that it is now at the position.
 ///   blend    in its mode "normal" mixes by the position; other modes have no end that is all of the second
 ///            picture, so the way leads from the first to the result in the middle, and on to the second.
+///            Alpha always goes from one to the other.
 ///   mix      weights 1 - position and position.
 ///   overlay  lays the second picture over the first, its alpha weakened to the position.
 class TransitionEffect final : public VideoEffectBase {
@@ -26,7 +27,9 @@ private:
         std::optional<double> secondAlpha;
     };
     Plan PlanFor(double inPosition) const;
-    bool BlendsNormally() const;
+    Plan PlanForBlend(double inPosition) const;
+    /// Those of the user, for blend, without what they say of alpha.
+    Settings ColorSettings() const;
 };
 
 } // namespace trhost::effects::avfilter

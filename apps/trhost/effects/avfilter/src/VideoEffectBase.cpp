@@ -1,5 +1,6 @@
 #include "VideoEffectBase.h"
 
+#include "FilterKnowledge.h"
 #include "FrameTransfer.h"
 
 #include <VF/VideoFrames.h>
@@ -20,6 +21,10 @@ VideoEffectBase::VideoEffectBase(EffectSource inSource, const VideoEffectForm& i
         for (const Carrier& carrier : carriers) {
             mChoices.push_back({carrier, false});
         }
+    }
+    if (SpoilsAlpha(mSource.filter->name)) {
+        std::stable_partition(mChoices.begin(), mChoices.end(),
+                              [](const Choice& inChoice) { return !inChoice.carrier.hasAlpha; });
     }
     // Parameters may leave a filter with other formats than it was described with.
     mChoices.push_back({carriers.front(), true});
