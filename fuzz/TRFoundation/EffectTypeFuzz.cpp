@@ -60,6 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inBytes, std::size_t i
     const std::string written = Write(type);
     TR::EffectType again;
     Require(Read(written, again));
-    Require(Write(again) == written && again.GetGuid() == type.GetGuid() && again.GetName() == type.GetName());
+    Require(Write(again) == written && again.GetGuid() == type.GetGuid() &&
+            again.GetName() == type.GetName());
     return 0;
 }

@@ -27,6 +27,8 @@ constexpr const char* kExamples =
     "  trhost --state /tmp/try --json cache list   one JSON object a line\n"
     "  trhost play clip.mov --from 1:05            hear its sound\n"
     "  trhost record take1.wav                     until Ctrl-C\n"
+    "  trhost effects list                         the effect plug-ins of this machine\n"
+    "  trhost effects run frei0r.glow in.png out.png\n"
     "  source <(trhost completion bash)\n"
     "\n"
     "Exit status: 0 done, 1 a negative answer (not found, stale, differs), 2 wrong usage, 3 failed.";
@@ -63,10 +65,10 @@ void AddGlobalOptions(CommandGrammar inRoot, GlobalOptions& outOptions)
 class CommandLine {
 public:
     CommandLine()
-        : mGrammar("Conforms media files and keeps track of the cache files made for them.", kExamples,
-                   ProgramVersion()),
+        : mGrammar("Conforms media files, keeps track of their cache files, and runs effects on them.",
+                   kExamples, ProgramVersion()),
           mMedia(mGrammar.Root()), mAssets(mGrammar.Root()), mPictures(mGrammar.Root()),
-          mDevices(mGrammar.Root())
+          mDevices(mGrammar.Root()), mEffects(mGrammar.Root())
     {
         AddGlobalOptions(mGrammar.Root(), mOptions);
         mGrammar.Root()

@@ -44,7 +44,7 @@ struct EffectDescription {
     std::string version;
     std::string explanation; ///< one line; may be empty
     /// Formats that frames may be handed over in, the best first: of ours, those that the plug-in takes as
-    /// they are. Empty for audio.
+    /// they are. Empty for audio, and for plug-ins that take none: those run in bgra8 by conversion.
     std::vector<kiomediatypes::PixelFormat> formats;
     bool isAccelerated = false; ///< runs on a device other than the processor
     bool isFirstParty = false;

@@ -1,5 +1,5 @@
-// sentinel_victim FOLDER CASE main|worker: ends as the case (support/CrashCases.h) says while one plug-in runs
-// within another, with crash detection on as a host has it and FOLDER for preferences.
+// sentinel_victim FOLDER CASE main|worker: ends as the case (support/CrashCases.h) says while one plug-in
+// runs within another, with crash detection on as a host has it and FOLDER for preferences.
 
 #include <TR/EffectPluginManagerCrashDetection.h>
 

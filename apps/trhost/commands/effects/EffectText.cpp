@@ -105,11 +105,11 @@ UTF16String NumberText(double inNumber)
     return ToUTF16(std::string_view(digits.data(), std::size_t(end - digits.data())));
 }
 
-std::vector<UTF16String> ToUTF16(const std::vector<std::string>& inTexts)
+std::vector<UTF16String> TextsOf(const std::vector<std::string>& inTexts)
 {
     std::vector<UTF16String> texts;
     for (const std::string& text : inTexts) {
-        texts.push_back(kiocore::utility::ToUTF16(text));
+        texts.push_back(ToUTF16(text));
     }
     return texts;
 }

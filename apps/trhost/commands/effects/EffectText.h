@@ -24,6 +24,6 @@ JsonLine AsJson(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes)
 
 /// The shortest decimal form.
 kiocore::UTF16String NumberText(double inNumber);
-std::vector<kiocore::UTF16String> ToUTF16(const std::vector<std::string>& inTexts);
+std::vector<kiocore::UTF16String> TextsOf(const std::vector<std::string>& inTexts);
 
 } // namespace trhost

@@ -29,7 +29,7 @@ JsonLine AsJson(const EffectParameter& inParameter)
         object.Add("minimum", inParameter.minimum).Add("maximum", inParameter.maximum);
     }
     if (!inParameter.choices.empty()) {
-        object.Add("choices", ToUTF16(inParameter.choices));
+        object.Add("choices", TextsOf(inParameter.choices));
     }
     return object.Add("explanation", inParameter.explanation);
 }

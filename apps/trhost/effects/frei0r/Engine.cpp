@@ -1,4 +1,5 @@
 #include "../EffectEngine.h"
+#include "../PluginMemory.h"
 #include "../platform/PluginLibrary.h"
 #include "Describe.h"
 #include "Modules.h"
@@ -37,6 +38,8 @@ public:
 
     /// None: all that a description tells is compiled into the file.
     std::vector<std::string> FilesBehind(const std::string&) override { return {}; }
+
+    void SetFrameMemory(IFrameMemory* inMemory) override { SetPluginMemory(inMemory); }
 
     TR::IFilterModuleRef OpenFilter(const EffectDescription& inDescription) override
     {

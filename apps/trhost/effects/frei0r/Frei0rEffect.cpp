@@ -61,7 +61,7 @@ std::vector<PictureBuffer> MakeBuffers(int inCount, std::uint32_t inWidth, std::
     std::vector<PictureBuffer> buffers;
     buffers.reserve(static_cast<std::size_t>(inCount));
     for (int i = 0; i < inCount; ++i) {
-        buffers.emplace_back(inWidth, inHeight);
+        buffers.emplace_back(inWidth, inHeight, MemoryUse::kInput);
     }
     return buffers;
 }
@@ -90,7 +90,7 @@ Frei0rEffect::Frei0rEffect(PluginUseRef inUse, PluginCaller inCaller, std::strin
       mWidth(Checked(inForm, mMatchName).width), mHeight(inForm.height),
       mInputCount(InputCountOf(mUse->Info().type).value_or(0)),
       mExchange(mUse->Info().colorModel == F0R_COLOR_MODEL_RGBA8888),
-      mInputs(MakeBuffers(mInputCount, mWidth, mHeight)), mOutput(mWidth, mHeight),
+      mInputs(MakeBuffers(mInputCount, mWidth, mHeight)), mOutput(mWidth, mHeight, MemoryUse::kOutput),
       mFader(FaderOf(mUse->Info())),
       mInstance(mUse->File(), mCaller, mMatchName, mOutput.PaddedWidth(), mOutput.PaddedHeight())
 {}

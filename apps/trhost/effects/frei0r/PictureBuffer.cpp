@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <new>
 
 namespace trhost::effects::frei0r {
 namespace {
 
-constexpr std::align_val_t kAlignment{64};
+constexpr std::size_t kAlignment = 64;
 constexpr std::size_t kLeastStripBytes = 4096;
 constexpr unsigned char kStripByte = 0x5C;
 constexpr std::uint32_t kOpaqueBlack = 0xFF000000; // in either order
@@ -30,6 +29,9 @@ void CopyRow(std::uint32_t* outRow, const std::uint32_t* inRow, std::uint32_t in
 // A row and a bit: an overrun by one line is the usual one.
 std::size_t StripBytes(std::uint32_t inPaddedWidth)
 {
+    if (IsPluginMemoryWatched()) {
+        return 0;
+    }
     return std::max(kLeastStripBytes, (std::size_t(inPaddedWidth) * 4 + 63) / 64 * 64);
 }
 
@@ -41,19 +43,13 @@ bool IsStrip(const std::byte* inStrip, std::size_t inBytes)
 
 } // namespace
 
-void PictureBuffer::Free::operator()(std::byte* inMemory) const
-{
-    ::operator delete[](inMemory, kAlignment);
-}
-
-PictureBuffer::PictureBuffer(std::uint32_t inWidth, std::uint32_t inHeight)
+PictureBuffer::PictureBuffer(std::uint32_t inWidth, std::uint32_t inHeight, MemoryUse inUse)
     : mWidth(inWidth), mHeight(inHeight), mPaddedWidth(Padded(inWidth)), mPaddedHeight(Padded(inHeight)),
-      mStripBytes(StripBytes(mPaddedWidth)),
-      mMemory(static_cast<std::byte*>(::operator new[](PictureBytes() + 2 * mStripBytes, kAlignment))),
-      mPixels(reinterpret_cast<std::uint32_t*>(mMemory.get() + mStripBytes))
+      mStripBytes(StripBytes(mPaddedWidth)), mMemory(PictureBytes() + 2 * mStripBytes, kAlignment, inUse),
+      mPixels(reinterpret_cast<std::uint32_t*>(mMemory.Get() + mStripBytes))
 {
-    std::memset(mMemory.get(), kStripByte, mStripBytes);
-    std::memset(mMemory.get() + mStripBytes + PictureBytes(), kStripByte, mStripBytes);
+    std::memset(mMemory.Get(), kStripByte, mStripBytes);
+    std::memset(mMemory.Get() + mStripBytes + PictureBytes(), kStripByte, mStripBytes);
 }
 
 void PictureBuffer::CopyFrom(const std::byte* inPixels, std::size_t inRowBytes, bool inExchange)
@@ -89,8 +85,8 @@ void PictureBuffer::FillWithBlack()
 
 bool PictureBuffer::IsIntact() const
 {
-    return IsStrip(mMemory.get(), mStripBytes) &&
-           IsStrip(mMemory.get() + mStripBytes + PictureBytes(), mStripBytes);
+    return IsStrip(mMemory.Get(), mStripBytes) &&
+           IsStrip(mMemory.Get() + mStripBytes + PictureBytes(), mStripBytes);
 }
 
 } // namespace trhost::effects::frei0r

@@ -1,21 +1,23 @@
 #pragma once
 
+#include "../PluginMemory.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
 namespace trhost::effects::frei0r {
 
 /// Memory for one picture in the form that frei0r demands: width and height multiples of 8, rows one behind
 /// the other, 4 bytes a pixel. The picture stands at the top left; its right and bottom edges are repeated
 /// into the rest. It starts at a multiple of 64 bytes, and around it lies a strip that nobody may write to,
-/// in which small overruns of plug-ins are caught before they do harm, and seen.
+/// in which small overruns of plug-ins are caught before they do harm, and seen. Memory that somebody else
+/// watches over (IEffectEngine::SetFrameMemory) has no strips.
 ///
 /// Threading: one thread at a time.
 class PictureBuffer {
 public:
     /// @throws std::bad_alloc.
-    PictureBuffer(std::uint32_t inWidth, std::uint32_t inHeight);
+    PictureBuffer(std::uint32_t inWidth, std::uint32_t inHeight, MemoryUse inUse);
 
     std::uint32_t PaddedWidth() const { return mPaddedWidth; }
     std::uint32_t PaddedHeight() const { return mPaddedHeight; }
@@ -32,9 +34,6 @@ public:
     static constexpr std::uint32_t Padded(std::uint32_t inPixels) { return (inPixels + 7) / 8 * 8; }
 
 private:
-    struct Free {
-        void operator()(std::byte* inMemory) const;
-    };
     std::size_t PictureBytes() const { return std::size_t(mPaddedWidth) * mPaddedHeight * 4; }
 
     const std::uint32_t mWidth;
@@ -42,7 +41,7 @@ private:
     const std::uint32_t mPaddedWidth;
     const std::uint32_t mPaddedHeight;
     const std::size_t mStripBytes;
-    std::unique_ptr<std::byte[], Free> mMemory;
+    PluginBuffer mMemory;
     std::uint32_t* const mPixels;
 };
 

@@ -1,5 +1,6 @@
 #include "../EffectEngine.h"
 #include "../PluginCaller.h"
+#include "../PluginMemory.h"
 #include "Describe.h"
 #include "Module.h"
 #include "PluginFile.h"
@@ -51,6 +52,8 @@ public:
 
     /// None: all that a description tells is compiled into the file.
     std::vector<std::string> FilesBehind(const std::string&) override { return {}; }
+
+    void SetFrameMemory(IFrameMemory* inMemory) override { SetPluginMemory(inMemory); }
 
     TR::IFilterModuleRef OpenFilter(const EffectDescription& inDescription) override
     {

@@ -6,12 +6,14 @@
 #include <kiocore/config/Errors.h>
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace trhost::effects::ladspa {
 namespace {
 
-constexpr int kMostFrames = 4096; // of one call: plug-ins may keep blocks on the stack
+constexpr std::size_t kAlignment = alignof(float); // all that a plug-in may count on
+constexpr int kMostFrames = 4096;                  // of one call: plug-ins may keep blocks on the stack
 
 [[noreturn]] void ThrowBadForm(const std::string& inMatchName, const std::string& inReason)
 {
@@ -59,8 +61,7 @@ void LadspaEffect::Instance::Activate()
     const Ports& ports = mEffect.mPorts;
     kiocore::threads::ScLock lock(LifeLock());
     mEffect.mCaller([&] {
-        Connect(ports.audioInputs, mEffect.mInputs);
-        Connect(ports.audioOutputs, mEffect.mOutputs);
+        ConnectAudio();
         for (std::size_t i = 0; i < ports.controls.size(); ++i) {
             plugin.connect_port(mHandle, ports.controls[i].index, &mEffect.mControls[i]);
         }
@@ -73,6 +74,12 @@ void LadspaEffect::Instance::Activate()
             plugin.activate(mHandle);
         }
     });
+}
+
+void LadspaEffect::Instance::ConnectAudio()
+{
+    Connect(mEffect.mPorts.audioInputs, mEffect.mInputs);
+    Connect(mEffect.mPorts.audioOutputs, mEffect.mOutputs);
 }
 
 void LadspaEffect::Instance::Connect(const std::vector<unsigned long>& inPorts,
@@ -107,12 +114,26 @@ void LadspaEffect::Allocate()
 {
     const std::size_t inputs = mPorts.audioInputs.size();
     const std::size_t outputs = mPorts.audioOutputs.size();
-    mMemory.resize((inputs + outputs) * kMostFrames);
     for (std::size_t i = 0; i < inputs + outputs; ++i) {
-        (i < inputs ? mInputs : mOutputs).push_back(mMemory.data() + i * kMostFrames);
+        mMemory.emplace_back(kMostFrames * sizeof(float), kAlignment,
+                             i < inputs ? MemoryUse::kInput : MemoryUse::kOutput);
+        std::memset(mMemory.back().Get(), 0, kMostFrames * sizeof(float));
     }
+    mInputs.resize(inputs);
+    mOutputs.resize(outputs);
+    EndBuffersAfter(kMostFrames);
     for (const ControlPort& port : mPorts.controls) {
         mControls.push_back(port.defaultValue);
+    }
+}
+
+/// What a plug-in reaches beyond a block is to be seen where somebody watches: so a short block ends where
+/// the memory does.
+void LadspaEffect::EndBuffersAfter(int inFrames)
+{
+    for (std::size_t i = 0; i < mMemory.size(); ++i) {
+        float* const start = reinterpret_cast<float*>(mMemory[i].Get()) + (kMostFrames - inFrames);
+        (i < mInputs.size() ? mInputs[i] : mOutputs[i - mInputs.size()]) = start;
     }
 }
 
@@ -147,8 +168,14 @@ void LadspaEffect::Process(const float* inSamples, float* outSamples, int inFram
 
 void LadspaEffect::ProcessBlock(const float* inSamples, float* outSamples, int inFrames)
 {
+    if (IsPluginMemoryWatched()) {
+        EndBuffersAfter(inFrames);
+    }
     int index = 0;
-    for (const Instance& instance : mInstances) {
+    for (Instance& instance : mInstances) {
+        if (IsPluginMemoryWatched()) {
+            mCaller([&] { instance.ConnectAudio(); });
+        }
         mPlan.Distribute(index, inSamples, inFrames, mInputs);
         mCaller([&] { mPlugin.run(instance.Handle(), static_cast<unsigned long>(inFrames)); });
         mPlan.Collect(index, mOutputs, inFrames, outSamples);

@@ -2,6 +2,7 @@
 
 #include "../EffectEngine.h"
 #include "../PluginCaller.h"
+#include "../PluginMemory.h"
 #include "ChannelPlan.h"
 #include "Ports.h"
 
@@ -36,6 +37,7 @@ private:
         Instance(const Instance&) = delete;
         Instance& operator=(const Instance&) = delete;
         void Activate();
+        void ConnectAudio();
         LADSPA_Handle Handle() const { return mHandle; }
 
     private:
@@ -46,6 +48,7 @@ private:
     };
 
     void Allocate();
+    void EndBuffersAfter(int inFrames);
     void ProcessBlock(const float* inSamples, float* outSamples, int inFrames);
 
     const LADSPA_Descriptor& mPlugin;
@@ -55,7 +58,7 @@ private:
     const Ports mPorts;
     const ChannelPlan mPlan;
     // Shared by all instances: they run one after the other.
-    std::vector<float> mMemory;
+    std::vector<PluginBuffer> mMemory;
     std::vector<float*> mInputs;
     std::vector<float*> mOutputs;
     std::vector<float> mControls;

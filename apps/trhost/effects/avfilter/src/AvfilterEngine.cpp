@@ -1,4 +1,5 @@
 #include "../../EffectEngine.h"
+#include "../../PluginMemory.h"
 
 #include "AvfilterModules.h"
 #include "AvfilterSupport.h"
@@ -53,6 +54,8 @@ public:
                 FileAt(AddressOf(&trhost_effect_engine))};
     }
 
+    void SetFrameMemory(IFrameMemory* inMemory) override { SetPluginMemory(inMemory); }
+
     TR::IFilterModuleRef OpenFilter(const EffectDescription& inDescription) override
     {
         const bool isTransition = inDescription.kind == EffectKind::kTransition;
@@ -65,9 +68,11 @@ public:
     }
 
 private:
+    /// Nobody outside knows where the library lies: who looks for files of plug-ins names this module.
     void CheckFile(const std::string& inFile) const
     {
-        if (!inFile.empty() && Resolved(inFile) != mLibrary) {
+        if (!inFile.empty() && Resolved(inFile) != mLibrary &&
+            Resolved(inFile) != FileAt(AddressOf(&trhost_effect_engine))) {
             throw kio_exception(inFile + ": is not the libavfilter in use, which is " + mLibrary,
                                 kEffectError_NoPlugin);
         }

@@ -1,10 +1,14 @@
 #include "FrameTransfer.h"
 
+#include "../../PluginMemory.h"
 #include "ComponentRows.h"
 
 #include <VF/VideoFrames.h>
 
 extern "C" {
+#include <libavutil/buffer.h>
+#include <libavutil/imgutils.h>
+#include <libavutil/macros.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -257,6 +261,42 @@ PixelAspectRatio PixelShapeOf(const AVFrame& inPicture, const MF::IVideoFrameRef
     return inLike ? inLike->GetPixelAspectRatio() : kPixelAspectRatio_Square;
 }
 
+constexpr std::size_t kWatchedAlignment = 64;
+
+void FreeWatched(void*, std::uint8_t* inMemory)
+{
+    FreePluginMemory(reinterpret_cast<std::byte*>(inMemory), kWatchedAlignment);
+}
+
+/// Rows and a rest behind them as the library gives itself: its vectorised code may reach so far, and no
+/// farther. The picture is the filter's own, which may work in place.
+void GiveWatchedBuffer(AVFrame& ioPicture)
+{
+    constexpr int kReachBytes = 64;
+    const auto format = AVPixelFormat(ioPicture.format);
+    const int paddedHeight = FFALIGN(ioPicture.height, 32);
+    int rowBytes[4] = {};
+    std::size_t planeBytes[4] = {};
+    ptrdiff_t wideRows[4] = {};
+    if (av_image_fill_linesizes(rowBytes, format, FFALIGN(ioPicture.width, 8)) < 0) {
+        throw std::bad_alloc();
+    }
+    for (int plane = 0; plane < 4; ++plane) {
+        wideRows[plane] = ioPicture.linesize[plane] = FFALIGN(rowBytes[plane], kRowAlignment);
+    }
+    if (av_image_fill_plane_sizes(planeBytes, format, paddedHeight, wideRows) < 0) {
+        throw std::bad_alloc();
+    }
+    for (int plane = 0; plane < 4 && planeBytes[plane] > 0; ++plane) {
+        const std::size_t bytes = planeBytes[plane] + kReachBytes;
+        PluginBuffer buffer(bytes, kWatchedAlignment, MemoryUse::kGiven);
+        ioPicture.buf[plane] = Allocated(
+            av_buffer_create(reinterpret_cast<std::uint8_t*>(buffer.Get()), bytes, &FreeWatched, nullptr, 0));
+        ioPicture.data[plane] = reinterpret_cast<std::uint8_t*>(buffer.Release());
+    }
+    ioPicture.extended_data = ioPicture.data;
+}
+
 } // namespace
 
 FramePtr ToAVFrame(const MF::IVideoFrameRef& inFrame, const Carrier& inCarrier, std::int64_t inTime)
@@ -266,7 +306,9 @@ FramePtr ToAVFrame(const MF::IVideoFrameRef& inFrame, const Carrier& inCarrier, 
     picture->format = inCarrier.format;
     picture->width = int(inFrame->GetWidth());
     picture->height = int(inFrame->GetHeight());
-    if (av_frame_get_buffer(picture.get(), kRowAlignment) < 0) {
+    if (IsPluginMemoryWatched()) {
+        GiveWatchedBuffer(*picture);
+    } else if (av_frame_get_buffer(picture.get(), kRowAlignment) < 0) {
         throw std::bad_alloc();
     }
     picture->pts = inTime;
