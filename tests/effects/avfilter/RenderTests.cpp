@@ -176,6 +176,17 @@ TEST(AvfilterRender, SomeFiltersWantMorePicturesFirst)
     }
 }
 
+TEST(AvfilterRender, RowsAreAsLongAsFiltersExpect)
+{
+    // This one copies alpha by the length of rows of a picture of its own, and asserts that ours are no
+    // shorter.
+    for (const std::uint32_t width : {1u, 8u, 33u, 65u, 719u}) {
+        SCOPED_TRACE(width);
+        const Form form{kPixelFormat_BGRA_4444_32f, width, 7};
+        EXPECT_TRUE(Once("tonemap", form, Plain(form, {0.5, 0.25, 0.75, 1})));
+    }
+}
+
 TEST(AvfilterRender, TimeIsThatOfThePicture)
 {
     const Form form;

@@ -47,16 +47,19 @@ void TakeMessage(void* inObject, int inLevel, const char* inFormat, va_list inAr
     // There is one function for all of the libraries' users in the process: what is not ours, the media
     // module's decoders say.
     const char* const channel = sMessages ? "avfilter" : "FFmpeg";
-    const bool isKept = sMessages && inLevel <= AV_LOG_ERROR;
+    const bool isKept = inLevel <= AV_LOG_PANIC || (sMessages && inLevel <= AV_LOG_ERROR);
     if (!isKept && !kiocore::debug::TraceEnabled(channel, level)) {
         return;
     }
     char line[1024];
     int startsLine = 1;
     av_log_format_line(inObject, inLevel, inFormat, inArguments, line, sizeof line, &startsLine);
+    if (inLevel <= AV_LOG_PANIC) {
+        std::fputs(line, stderr); // an assertion: the process ends here
+    }
     try {
         kiocore::debug::Trace(level, channel, line);
-        if (isKept) {
+        if (isKept && sMessages) {
             KeepMessage(*sMessages, WithoutDecoration(line));
         }
     } catch (...) {

@@ -39,8 +39,8 @@ T* Allocated(T* inObject)
 std::string ErrorText(int inError);
 
 /// While it lives, what libavfilter says on this thread goes to trace channel "avfilter" instead of standard
-/// error, and its first complaint is kept: it says far more than an error number does, and what comes after
-/// it is only that others fail too. They do not nest.
+/// error (except an assertion that ends the process), and its first complaint is kept: it says far more than
+/// an error number does, and what comes after it is only that others fail too. They do not nest.
 ///
 /// Threading: made and destroyed on the thread that calls libavfilter.
 class ScFilterMessages {

@@ -38,6 +38,7 @@ constexpr Refusal kRefusals[] = {
     {"movie", kFiles},
     {"nnedi", kModel},
     {"noformat", kFormatsOnly},
+    {"nullsrc", "gives pictures of whatever lies in memory"},
     {"ocr", kFiles},
     {"removelogo", kFiles},
     {"sendcmd", "sends commands to other filters of a graph, and does nothing by itself"},

@@ -21,7 +21,9 @@ namespace {
 
 using namespace kiomediatypes;
 
-/// Rows of every picture start on the largest vector that filters use.
+/// Rows of every picture start on the largest vector that filters use, and have place for as many pixels as a
+/// multiple of that. Pictures that libavfilter makes itself are no wider, and there are filters that copy as
+/// much of a row as their own picture has, padding included.
 constexpr int kRowAlignment = 64;
 
 constexpr int kMostComponents = 4;
@@ -304,13 +306,14 @@ FramePtr ToAVFrame(const MF::IVideoFrameRef& inFrame, const Carrier& inCarrier, 
     const PixelFormat format = inFrame->GetPixelFormat();
     FramePtr picture(Allocated(av_frame_alloc()));
     picture->format = inCarrier.format;
-    picture->width = int(inFrame->GetWidth());
+    picture->width = FFALIGN(int(inFrame->GetWidth()), kRowAlignment);
     picture->height = int(inFrame->GetHeight());
     if (IsPluginMemoryWatched()) {
         GiveWatchedBuffer(*picture);
     } else if (av_frame_get_buffer(picture.get(), kRowAlignment) < 0) {
         throw std::bad_alloc();
     }
+    picture->width = int(inFrame->GetWidth());
     picture->pts = inTime;
     const PixelAspectRatio shape = inFrame->GetPixelAspectRatio();
     picture->sample_aspect_ratio = {int(shape.numerator), int(shape.denominator)};
