@@ -86,10 +86,11 @@ function(project_library name)
     endif()
 endfunction()
 
-# project_test(NAME SOURCES ... LIBRARIES ... FIXTURES ...): one test program; ctest lists each of its cases, and
-# runs what sets the fixtures up before them.
+# project_test(NAME [AS_ONE] SOURCES ... LIBRARIES ... FIXTURES ...): one test program; ctest lists each of its
+# cases, and runs what sets the fixtures up before them. AS_ONE is for cases that share what takes long to make:
+# ctest then runs the program as a whole.
 function(project_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;DEPENDS;FIXTURES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "AS_ONE" "" "SOURCES;LIBRARIES;DEPENDS;FIXTURES")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} test_support project_options GTest::gmock GTest::gtest_main)
     if(arg_DEPENDS)
@@ -99,7 +100,12 @@ function(project_test name)
     if(arg_FIXTURES)
         set(fixtures FIXTURES_REQUIRED "${arg_FIXTURES}")
     endif()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 ${fixtures})
+    if(arg_AS_ONE)
+        add_test(NAME ${name} COMMAND ${name})
+        set_tests_properties(${name} PROPERTIES TIMEOUT 600 ${fixtures})
+    else()
+        gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 ${fixtures})
+    endif()
 endfunction()
 
 # project_bench(bench_NAME SOURCES ... LIBRARIES ...): one benchmark program, run by `tools/dev bench NAME`.

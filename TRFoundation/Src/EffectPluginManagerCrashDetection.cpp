@@ -15,6 +15,7 @@
 #include <kiocore/utility/Dictionary.h>
 #include <kiocore/utility/ExpiringEntryMap.h>
 #include <kiocore/utility/FileUtils.h>
+#include <kiocore/utility/PermanentText.h>
 #include <kiocore/utility/TimeStampable.h>
 #include <kiocore/utility/UsageLogger.h>
 
@@ -200,8 +201,9 @@ template <typename Module>
 ImmutableString Serialize(const Module& inModule)
 {
     const CrashedEffectPlugin plugin(inModule->GetMetadata());
-    return kiocore::serialization::GetJSONUTF8String(
-        kiocore::serialization::JSONConvert<CrashedEffectPlugin>::ToJSON(plugin), false);
+    // Where no plug-in can damage it. One for each plug-in and session that there is, so there are not many.
+    return kiocore::utility::MakePermanentText(kiocore::serialization::GetJSONUTF8String(
+        kiocore::serialization::JSONConvert<CrashedEffectPlugin>::ToJSON(plugin), false));
 }
 
 /// Puts the module's description on the thread's crash context. After an exception nothing is there.

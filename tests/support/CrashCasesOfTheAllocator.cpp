@@ -44,11 +44,14 @@ void FaultInAllocator()
     pthread_t other; // the allocator takes its lock only when there is somebody to share with
     pthread_create(&other, nullptr, &Sleep, nullptr);
     // Too large for the lists of a thread, so that freeing puts it among the unsorted, which the next request
-    // for another size walks through. Its second word is the way to the one before it.
-    auto* block = static_cast<volatile std::uintptr_t*>(sMalloc(4000));
-    sMalloc(100); // or it would merge with the rest of the heap
-    sFree(const_cast<std::uintptr_t*>(block));
-    block[1] = 0x5000;
+    // for another size walks through. Its second word is the way to the one before it. One in a row of many,
+    // so that its neighbours are in use, and it does not merge with them.
+    volatile std::uintptr_t* blocks[64];
+    for (auto& block : blocks) {
+        block = static_cast<volatile std::uintptr_t*>(sMalloc(4000));
+    }
+    sFree(const_cast<std::uintptr_t*>(blocks[62]));
+    blocks[62][1] = 0x5000;
     sMalloc(8000);
 }
 

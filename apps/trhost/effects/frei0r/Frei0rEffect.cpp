@@ -56,12 +56,12 @@ std::optional<int> FaderOf(const PluginInfo& inInfo)
     return std::nullopt;
 }
 
-std::vector<PictureBuffer> MakeBuffers(int inCount, std::uint32_t inWidth, std::uint32_t inHeight)
+std::vector<PictureBuffer> MakeBuffers(int inCount, const VideoEffectForm& inForm)
 {
     std::vector<PictureBuffer> buffers;
     buffers.reserve(static_cast<std::size_t>(inCount));
     for (int i = 0; i < inCount; ++i) {
-        buffers.emplace_back(inWidth, inHeight, MemoryUse::kInput);
+        buffers.emplace_back(inForm.width, inForm.height, MemoryUse::kInput, inForm.isExact);
     }
     return buffers;
 }
@@ -90,7 +90,7 @@ Frei0rEffect::Frei0rEffect(PluginUseRef inUse, PluginCaller inCaller, std::strin
       mWidth(Checked(inForm, mMatchName).width), mHeight(inForm.height),
       mInputCount(InputCountOf(mUse->Info().type).value_or(0)),
       mExchange(mUse->Info().colorModel == F0R_COLOR_MODEL_RGBA8888),
-      mInputs(MakeBuffers(mInputCount, mWidth, mHeight)), mOutput(mWidth, mHeight, MemoryUse::kOutput),
+      mInputs(MakeBuffers(mInputCount, inForm)), mOutput(mWidth, mHeight, MemoryUse::kOutput, inForm.isExact),
       mFader(FaderOf(mUse->Info())),
       mInstance(mUse->File(), mCaller, mMatchName, mOutput.PaddedWidth(), mOutput.PaddedHeight())
 {}

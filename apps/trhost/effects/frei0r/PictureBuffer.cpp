@@ -8,6 +8,7 @@ namespace trhost::effects::frei0r {
 namespace {
 
 constexpr std::size_t kAlignment = 64;
+constexpr std::size_t kLeastAlignment = 16; // what the format promises plug-ins
 constexpr std::size_t kLeastStripBytes = 4096;
 constexpr unsigned char kStripByte = 0x5C;
 constexpr std::uint32_t kOpaqueBlack = 0xFF000000; // in either order
@@ -43,9 +44,10 @@ bool IsStrip(const std::byte* inStrip, std::size_t inBytes)
 
 } // namespace
 
-PictureBuffer::PictureBuffer(std::uint32_t inWidth, std::uint32_t inHeight, MemoryUse inUse)
-    : mWidth(inWidth), mHeight(inHeight), mPaddedWidth(Padded(inWidth)), mPaddedHeight(Padded(inHeight)),
-      mStripBytes(StripBytes(mPaddedWidth)), mMemory(PictureBytes() + 2 * mStripBytes, kAlignment, inUse),
+PictureBuffer::PictureBuffer(std::uint32_t inWidth, std::uint32_t inHeight, MemoryUse inUse, bool inIsExact)
+    : mWidth(inWidth), mHeight(inHeight), mPaddedWidth(inIsExact ? inWidth : Padded(inWidth)),
+      mPaddedHeight(inIsExact ? inHeight : Padded(inHeight)), mStripBytes(StripBytes(mPaddedWidth)),
+      mMemory(PictureBytes() + 2 * mStripBytes, inIsExact ? kLeastAlignment : kAlignment, inUse),
       mPixels(reinterpret_cast<std::uint32_t*>(mMemory.Get() + mStripBytes))
 {
     std::memset(mMemory.Get(), kStripByte, mStripBytes);

@@ -16,8 +16,11 @@ namespace trhost::effects::frei0r {
 /// Threading: one thread at a time.
 class PictureBuffer {
 public:
+    /// @param inIsExact  without padding, for who tries out whether a plug-in minds; memory then has the size
+    /// of
+    ///     the picture.
     /// @throws std::bad_alloc.
-    PictureBuffer(std::uint32_t inWidth, std::uint32_t inHeight, MemoryUse inUse);
+    PictureBuffer(std::uint32_t inWidth, std::uint32_t inHeight, MemoryUse inUse, bool inIsExact);
 
     std::uint32_t PaddedWidth() const { return mPaddedWidth; }
     std::uint32_t PaddedHeight() const { return mPaddedHeight; }

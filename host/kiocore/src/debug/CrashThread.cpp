@@ -3,14 +3,24 @@
 #include "platform/CrashSignals.h"
 #include "platform/ThreadEnd.h"
 
+#include <memory>
+
 namespace kiocore::debug {
 
 __thread CrashThread* CrashThread::sCurrent = nullptr;
 
 CrashThread::CrashThread()
 {
-    AddChunk(0);
     platform::OpenCrashSignalsToThisThread();
+}
+
+CrashThread::~CrashThread()
+{
+    for (std::size_t chunk = 1; chunk < kMostChunks && mChunks[chunk]; ++chunk) {
+        const std::size_t slots = kFirstChunkSlots << chunk;
+        std::destroy_n(mChunks[chunk], slots);
+        platform::UnmapPages(mChunks[chunk], slots * sizeof(utility::Dictionary));
+    }
 }
 
 CrashThread& CrashThread::Make()
@@ -38,7 +48,11 @@ void CrashThread::AtThreadEnd(void* inThread) noexcept
 
 void CrashThread::AddChunk(std::size_t inChunk)
 {
-    mChunks[inChunk] = std::make_unique<utility::Dictionary[]>(kFirstChunkSlots << inChunk);
+    const std::size_t slots = kFirstChunkSlots << inChunk;
+    auto* const made =
+        static_cast<utility::Dictionary*>(platform::MapPages(slots * sizeof(utility::Dictionary)));
+    std::uninitialized_default_construct_n(made, slots);
+    mChunks[inChunk] = made;
 }
 
 } // namespace kiocore::debug

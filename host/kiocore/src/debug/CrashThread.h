@@ -3,6 +3,7 @@
 #include <kiocore/utility/Dictionary.h>
 
 #include "platform/AlternateStack.h"
+#include "platform/Pages.h"
 
 #include <array>
 #include <atomic>
@@ -16,10 +17,17 @@ struct GuardFrame;
 
 namespace kiocore::debug {
 
-/// What crash handling knows about one thread. Lies on the heap; a signal handler reaches it through a
-/// thread-local pointer and reads it between any two instructions of its thread, and of no other.
+/// What crash handling knows about one thread. Lies in pages of its own, out of the reach of who runs over
+/// the end of a block of the heap; a signal handler reaches it through a thread-local pointer and reads it
+/// between any two instructions of its thread, and of no other.
 class CrashThread {
 public:
+    static void* operator new(std::size_t inBytes) { return platform::MapPages(inBytes); }
+    static void operator delete(void* inThread, std::size_t inBytes) noexcept
+    {
+        platform::UnmapPages(inThread, inBytes);
+    }
+
     /// The calling thread's; null when there is none. One load.
     static CrashThread* Current() noexcept { return sCurrent; }
     /// Made now if there is none. Ends with the thread.
@@ -92,6 +100,7 @@ private:
     }
 
     CrashThread();
+    ~CrashThread();
     static CrashThread& Make();
     static void AtThreadEnd(void* inThread) noexcept;
     void AddChunk(std::size_t inChunk);
@@ -102,7 +111,8 @@ private:
 
     std::atomic<std::size_t> mDepth{0};
     std::atomic<exceptions::detail::GuardFrame*> mGuard{nullptr};
-    std::array<std::unique_ptr<utility::Dictionary[]>, kMostChunks> mChunks;
+    std::array<utility::Dictionary, kFirstChunkSlots> mFirstChunk;
+    std::array<utility::Dictionary*, kMostChunks> mChunks{mFirstChunk.data()};
     platform::AlternateStack mAlternateStack;
 };
 

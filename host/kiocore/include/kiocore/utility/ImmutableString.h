@@ -53,8 +53,14 @@ public:
     template <std::size_t kSizeWithZero>
     static ImmutableString FromLiteral(const char (&inText)[kSizeWithZero]) noexcept
     {
+        return FromPermanent({inText, kSizeWithZero - 1});
+    }
+    /// The same for a text that was made while the process runs.
+    /// @param inText  followed by a zero byte; never goes.
+    static ImmutableString FromPermanent(std::string_view inText) noexcept
+    {
         ImmutableString text{Raw()};
-        text.SetElsewhere({inText, kSizeWithZero - 1, kIsLiteral});
+        text.SetElsewhere({inText.data(), inText.size(), kIsLiteral});
         return text;
     }
 
