@@ -8,6 +8,8 @@
 
 #include <effects/scan/EffectCheck.h>
 
+#include <algorithm>
+
 namespace trhost {
 
 namespace {
@@ -25,6 +27,28 @@ effects::CheckSettings SettingsFor(const EffectsCheckOptions& inOptions)
                         {"avfilter", ModulePath(effects::kAvfilterModuleFileName)},
                         {"ladspa", ModulePath(effects::kLadspaModuleFileName)}};
     return settings;
+}
+
+/// The same thing found at several sizes.
+struct SaidOfSizes {
+    std::string text;
+    bool isFault;
+    std::string sizes; // "8x8, 16x16"
+};
+
+std::vector<SaidOfSizes> Grouped(const std::vector<CheckFinding>& inFindings)
+{
+    std::vector<SaidOfSizes> groups;
+    for (const CheckFinding& finding : inFindings) {
+        auto group = std::find_if(groups.begin(), groups.end(),
+                                  [&](const SaidOfSizes& inGroup) { return inGroup.text == finding.text; });
+        if (group == groups.end()) {
+            groups.push_back({finding.text, effects::IsFault(finding.kind), finding.size});
+        } else {
+            group->sizes += ", " + finding.size;
+        }
+    }
+    return groups;
 }
 
 void Show(Output& ioOutput, const CheckResult& inResult)
@@ -48,13 +72,12 @@ void Show(Output& ioOutput, const CheckResult& inResult)
                         object);
         return;
     }
-    for (const CheckFinding& finding : inResult.findings) {
-        const UTF16String size = finding.size.empty() ? UTF16String() : u" (" + ToUTF16(finding.size) + u")";
-        ioOutput.Line(effects::IsFault(finding.kind)
-                          ? Text("$$$/Halcyon/TrHost/CheckBad=@0: BAD, @1@2",
-                                 {ToUTF16(inResult.matchName), ToUTF16(finding.text), size})
-                          : Text("$$$/Halcyon/TrHost/CheckNote=@0: @1@2",
-                                 {ToUTF16(inResult.matchName), ToUTF16(finding.text), size}));
+    for (const SaidOfSizes& said : Grouped(inResult.findings)) {
+        const UTF16String sizes = said.sizes.empty() ? UTF16String() : u" (" + ToUTF16(said.sizes) + u")";
+        ioOutput.Line(said.isFault ? Text("$$$/Halcyon/TrHost/CheckBad=@0: BAD, @1@2",
+                                          {ToUTF16(inResult.matchName), ToUTF16(said.text), sizes})
+                                   : Text("$$$/Halcyon/TrHost/CheckNote=@0: @1@2",
+                                          {ToUTF16(inResult.matchName), ToUTF16(said.text), sizes}));
     }
 }
 

@@ -250,6 +250,11 @@ TEST_F(Effects, CheckFindsWhatIsWrongAndSwitchesItOff)
     EXPECT_THAT(bad.out, AllOf(HasSubstr("frei0r.curves: BAD"), HasSubstr("frei0r.curves: switched off"),
                                HasSubstr("2 effects checked, 1 bad")));
     EXPECT_EQ(Run({"effects", "run", "frei0r.curves", In(), Out()}).status, 1);
+    const RunResult outside = Run({"effects", "check", "frei0r.scanline0r", "frei0r.elastic_scale"});
+    EXPECT_EQ(outside.status, 1);
+    EXPECT_THAT(outside.out,
+                AllOf(ContainsRegex("frei0r.scanline0r: BAD, read outside its frame: .* (719x487)"),
+                      ContainsRegex("frei0r.elastic_scale: BAD, wrote outside its frame: .* (719x487)")));
 }
 
 TEST_F(Effects, TypeFilesAreWrittenAndRead)
