@@ -1,5 +1,7 @@
 #include "CacheSetup.h"
 
+#include "support/Allocations.h"
+
 #include <pugixml.hpp>
 
 #include <fcntl.h>
@@ -9,34 +11,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <new>
 #include <random>
 #include <stdexcept>
 #include <thread>
-
-namespace {
-
-std::atomic<std::size_t> sAllocations{0};
-
-}
-
-// Counts allocations of this program and of the libraries that it loads.
-void* operator new(std::size_t inBytes)
-{
-    sAllocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* const block = std::malloc(inBytes)) {
-        return block;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* inBlock) noexcept
-{
-    std::free(inBlock);
-}
-void operator delete(void* inBlock, std::size_t) noexcept
-{
-    std::free(inBlock);
-}
 
 namespace bench {
 namespace {
@@ -103,11 +80,11 @@ std::size_t AllocationsPerThousandFinds(CacheSetup& ioSetup)
     const UTF16String stream = StreamID(0);
     const UTF16String key = ItemKey(0);
     OurFind(ioSetup, ioSetup.Documents()[0], stream, key, path);
-    const std::size_t before = sAllocations;
+    const std::size_t before = AllocationCount();
     for (int i = 0; i < 1000; ++i) {
         OurFind(ioSetup, ioSetup.Documents()[0], stream, key, path);
     }
-    return sAllocations - before;
+    return AllocationCount() - before;
 }
 
 /// Time of the same work on each of inThreads threads.

@@ -1,5 +1,6 @@
 #include "EffectsBench.h"
 
+#include "support/Allocations.h"
 #include "support/Interleaved.h"
 #include "support/OnThreads.h"
 
@@ -15,36 +16,8 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <string>
 #include <vector>
-
-namespace {
-
-std::atomic<bool> sCounting{false};
-std::atomic<std::size_t> sAllocations{0};
-
-} // namespace
-
-// Counts what the process allocates while a count is on; allocations of the libraries come here too.
-void* operator new(std::size_t inBytes)
-{
-    if (sCounting.load(std::memory_order_relaxed)) {
-        sAllocations.fetch_add(1, std::memory_order_relaxed);
-    }
-    if (void* const memory = std::malloc(inBytes ? inBytes : 1)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* inMemory) noexcept
-{
-    std::free(inMemory);
-}
-void operator delete(void* inMemory, std::size_t) noexcept
-{
-    std::free(inMemory);
-}
 
 namespace bench {
 namespace {
@@ -170,12 +143,11 @@ void BenchSentinel()
                      (threads == 1 ? " thread" : " threads"),
                  Compare(leanOne, oursOne, kPairs, kCalls), 1.5, "ns");
     }
-    sCounting = true;
+    const std::size_t before = AllocationCount();
     for (std::size_t call = 0; call < 1000; ++call) {
         const TR::ScSetCurrentPluginModule sentinel(modules[call % kModules], 0);
     }
-    sCounting = false;
-    PrintNote("Allocations in 1000 sentinels: " + std::to_string(sAllocations.load()) + " (goal 0)");
+    PrintNote("Allocations in 1000 sentinels: " + std::to_string(AllocationCount() - before) + " (goal 0)");
 }
 
 void BenchSentinelOff()

@@ -1,5 +1,6 @@
 #include "FramesBench.h"
 
+#include "support/Allocations.h"
 #include "support/Interleaved.h"
 #include "support/OnThreads.h"
 
@@ -11,37 +12,8 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
-#include <new>
 #include <unordered_map>
 #include <vector>
-
-namespace {
-
-std::atomic<bool> sCounting{false};
-std::atomic<std::size_t> sAllocations{0};
-
-} // namespace
-
-// Counts what the process allocates while a count is on; allocations of the libraries come here too.
-void* operator new(std::size_t inBytes)
-{
-    if (sCounting.load(std::memory_order_relaxed)) {
-        sAllocations.fetch_add(1, std::memory_order_relaxed);
-    }
-    if (void* const memory = std::malloc(inBytes ? inBytes : 1)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* inMemory) noexcept
-{
-    std::free(inMemory);
-}
-void operator delete(void* inMemory, std::size_t) noexcept
-{
-    std::free(inMemory);
-}
 
 namespace bench {
 namespace {
@@ -136,12 +108,11 @@ void BenchStills()
         PrintRow(on + ", floor shares the frame with its caller, too",
                  Compare(lookUpAndShare, ours, kPairs, kRequests), 0, "ns");
     }
-    sCounting = true;
+    const std::size_t before = AllocationCount();
     for (std::size_t request = 0; request < 1000; ++request) {
         sink += Request(request)->GetWidth();
     }
-    sCounting = false;
-    PrintNote("Allocations in 1000 requests: " + std::to_string(sAllocations.load()) + " (goal 0)");
+    PrintNote("Allocations in 1000 requests: " + std::to_string(AllocationCount() - before) + " (goal 0)");
     TR::StaticImageFactory::Register(nullptr);
     VF::SharedVideoFrameCache::Clear();
 }

@@ -6,6 +6,7 @@
 #include "ModuleLoader.h"
 
 #include <TR/EffectEnablement.h>
+#include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
 
 #include <algorithm>
@@ -55,7 +56,14 @@ void SetParameters(Effect& ioEffect, const std::vector<std::string>& inParameter
             throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/BadParam=--param @0: expected NAME=VALUE",
                                             {ToUTF16(parameter)}));
         }
-        ioEffect.SetParameter(parameter.substr(0, equals), parameter.substr(equals + 1));
+        try {
+            ioEffect.SetParameter(parameter.substr(0, equals), parameter.substr(equals + 1));
+        } catch (const kiocore::kio_exception& error) {
+            if (error.Code() != effects::kEffectError_BadParameter) {
+                throw;
+            }
+            throw Failure(kExit_Usage, error.Text());
+        }
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "../../support/FFmpegHandles.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -7,35 +9,15 @@ extern "C" {
 }
 
 #include <memory>
-#include <new>
 #include <string>
 
 namespace trhost::media {
 
-/// Lets a `std::unique_ptr` own what the media libraries free through a pointer to the pointer.
-template <auto Free>
-struct FreeThroughPointer {
-    template <class T>
-    void operator()(T* inObject) const noexcept
-    {
-        Free(&inObject);
-    }
-};
 using PacketPtr = std::unique_ptr<AVPacket, FreeThroughPointer<av_packet_free>>;
 using FramePtr = std::unique_ptr<AVFrame, FreeThroughPointer<av_frame_free>>;
 using DecoderPtr = std::unique_ptr<AVCodecContext, FreeThroughPointer<avcodec_free_context>>;
 using FormatPtr = std::unique_ptr<AVFormatContext, FreeThroughPointer<avformat_close_input>>;
 using ResamplerPtr = std::unique_ptr<SwrContext, FreeThroughPointer<swr_free>>;
-
-/// The media libraries answer a failed allocation with null.
-template <class T>
-T* Allocated(T* inObject)
-{
-    if (!inObject) {
-        throw std::bad_alloc();
-    }
-    return inObject;
-}
 
 std::string ErrorText(int inError);
 

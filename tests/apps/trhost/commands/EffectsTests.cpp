@@ -129,7 +129,7 @@ TEST_F(Effects, RefuseWithAReason)
         {"an unknown name", {"run", "frei0r.invert", In(), Out()}, 1, "but frei0r.invert0r"},
         {"one that opens files", {"run", "avfilter.subtitles", In(), Out()}, 1, "opens files"},
         {"a library that is not there", {"run", "frei0r.rgbparade", In(), Out()}, 1, "libgavl.so.2"},
-        {"a parameter that it has not", {"run", "frei0r.glow", In(), Out(), "--param", "blurr=1"}, 3, "blur"},
+        {"a parameter that it has not", {"run", "frei0r.glow", In(), Out(), "--param", "blurr=1"}, 2, "blur"},
         {"a parameter without a value",
          {"run", "frei0r.glow", In(), Out(), "--param", "blur"},
          2,

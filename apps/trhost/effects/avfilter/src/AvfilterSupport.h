@@ -1,5 +1,7 @@
 #pragma once
 
+#include "../../../support/FFmpegHandles.h"
+
 #include <cstdint> // before the libraries, whose headers look for UINT64_C
 
 extern "C" {
@@ -9,32 +11,12 @@ extern "C" {
 }
 
 #include <memory>
-#include <new>
 #include <string>
 
 namespace trhost::effects::avfilter {
 
-/// Lets a `std::unique_ptr` own what the libraries free through a pointer to the pointer.
-template <auto Free>
-struct FreeThroughPointer {
-    template <class T>
-    void operator()(T* inObject) const noexcept
-    {
-        Free(&inObject);
-    }
-};
 using FramePtr = std::unique_ptr<AVFrame, FreeThroughPointer<av_frame_free>>;
 using GraphPtr = std::unique_ptr<AVFilterGraph, FreeThroughPointer<avfilter_graph_free>>;
-
-/// The libraries answer a failed allocation with null.
-template <class T>
-T* Allocated(T* inObject)
-{
-    if (!inObject) {
-        throw std::bad_alloc();
-    }
-    return inObject;
-}
 
 std::string ErrorText(int inError);
 
