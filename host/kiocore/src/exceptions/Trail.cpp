@@ -37,6 +37,9 @@ std::string Describe(const std::exception& inException)
         char code[32];
         std::snprintf(code, sizeof(code), " (code 0x%08X)", static_cast<unsigned>(exception->Code()));
         text += code;
+        if (const std::string place = exception->Place(); !place.empty()) {
+            text += " [" + place + "]";
+        }
     } else if (const auto signal = GetMachineExceptionCode(inException)) {
         text += " (code " + std::to_string(*signal) + ")";
     }

@@ -45,6 +45,8 @@ TEST(Trail, LogsExceptionsWithTypeTextCodeAndPlace)
     const kiocore::kio_exception ours("went wrong", kiocore::kError_BadArgument);
     const kiocore::exceptions::machine_exception fault(SIGBUS, 0);
     const std::runtime_error other("plain");
+    kiocore::kio_exception placed("not there", kiocore::kError_File);
+    placed.At("Source", "!file.Exists()");
     const struct {
         const std::exception& exception;
         const char* expected;
@@ -52,6 +54,7 @@ TEST(Trail, LogsExceptionsWithTypeTextCodeAndPlace)
         {ours, "kiocore::kio_exception: went wrong (code 0x80010009) in the test"},
         {fault, "kiocore::exceptions::machine_exception: Machine exception (code 7) in the test"},
         {other, "std::runtime_error: plain in the test"},
+        {placed, "kiocore::kio_exception: not there (code 0x80010005) [Source: !file.Exists()] in the test"},
     };
     for (const auto& test : kCases) {
         support::TraceRecorder trace("Exceptions", 1);
