@@ -27,7 +27,8 @@ endif()
 
 find_program(PROJECT_CCACHE ccache)
 if(PROJECT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${PROJECT_CCACHE})
+    # It keeps nothing that uses a precompiled header unless it is told that the header's times do not matter.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${PROJECT_CCACHE})
 endif()
 find_program(PROJECT_LLD ld.lld)
 if(PROJECT_LLD)

@@ -4,7 +4,31 @@
 
 #include <new>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define PAGES_ARE_SEARCHED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define PAGES_ARE_SEARCHED 1
+#endif
+#endif
+#ifdef PAGES_ARE_SEARCHED
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace kiocore::platform {
+namespace {
+
+/// Who looks for leaks must look for owners here too.
+void Search([[maybe_unused]] void* inPages, [[maybe_unused]] std::size_t inBytes,
+            [[maybe_unused]] bool inSearch)
+{
+#ifdef PAGES_ARE_SEARCHED
+    inSearch ? __lsan_register_root_region(inPages, inBytes)
+             : __lsan_unregister_root_region(inPages, inBytes);
+#endif
+}
+
+} // namespace
 
 void* MapPages(std::size_t inBytes)
 {
@@ -12,11 +36,13 @@ void* MapPages(std::size_t inBytes)
     if (pages == MAP_FAILED) {
         throw std::bad_alloc();
     }
+    Search(pages, inBytes, true);
     return pages;
 }
 
 void UnmapPages(void* inPages, std::size_t inBytes) noexcept
 {
+    Search(inPages, inBytes, false);
     munmap(inPages, inBytes);
 }
 
