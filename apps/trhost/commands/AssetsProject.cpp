@@ -2,6 +2,7 @@
 #include "AssetList.h"
 #include "Commands.h"
 
+#include "../support/AbsolutePath.h"
 #include "../support/CacheFileKinds.h"
 #include "../support/Failure.h"
 
@@ -24,11 +25,6 @@ using BE::TickTime;
 using kiocore::InterfaceRef;
 using kiocore::filesupport::FromNative;
 using kiocore::utility::ToUTF16;
-
-UTF16String AbsolutePath(const std::string& inNativePath)
-{
-    return ZOL::PathUtils::ToNormalizedPath(FromNative(std::filesystem::absolute(inNativePath).native()));
-}
 
 /// A clip of the project as it was before.
 struct ClipState {

@@ -20,11 +20,6 @@ using kiocore::utility::ToUTF16;
 
 constexpr PictureSize kSizeOfUnknown = {1920, 1080};
 
-class InterruptCancel final : public media::ICancel {
-public:
-    bool IsCancelled() const noexcept override { return IsInterrupted(); }
-};
-
 /// A picture of the media, or why there is none.
 struct Decoded {
     MF::IVideoFrameRef picture;

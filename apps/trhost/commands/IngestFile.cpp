@@ -40,11 +40,6 @@ struct Planned {
     bool wanted = true;   // false: recorded and up to date
 };
 
-class InterruptCancel final : public media::ICancel {
-public:
-    bool IsCancelled() const noexcept override { return IsInterrupted(); }
-};
-
 class ProgressForwarder final : public media::IProgress {
 public:
     explicit ProgressForwarder(const std::function<void(double)>& inProgress) : mProgress(inProgress) {}

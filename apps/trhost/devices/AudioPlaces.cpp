@@ -58,11 +58,6 @@ InputOpener DeviceInput(const std::string& inDevice)
         [inDevice](const AudioFormat& inFormat) { return LoadDevicesModule().OpenInput(inDevice, inFormat); };
 }
 
-bool InterruptCancel::IsCancelled() const noexcept
-{
-    return IsInterrupted();
-}
-
 std::unique_ptr<media::IAudioReader> OpenSound(const std::string& inNativePath, int inStreamIndex)
 {
     try {

@@ -28,12 +28,6 @@ OutputOpener DeviceOutput(const std::string& inDevice);
 OutputOpener FileOutput(std::shared_ptr<WaveFile> inFile);
 InputOpener DeviceInput(const std::string& inDevice);
 
-/// Cancels what the media module does once the user has interrupted the program.
-class InterruptCancel : public media::ICancel {
-public:
-    bool IsCancelled() const noexcept override;
-};
-
 /// Opens a media file to hear it; the media module is loaded by the first call. Main thread.
 /// @param inStreamIndex  -1: the first one.
 /// @throws as media::IMediaModule::OpenAudio; Failure once the user has interrupted the program.

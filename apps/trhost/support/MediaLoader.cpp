@@ -1,5 +1,6 @@
 #include "MediaLoader.h"
 
+#include "Interrupt.h"
 #include "ModuleLoader.h"
 
 namespace trhost {
@@ -10,6 +11,11 @@ media::IMediaModule& LoadMediaModule()
     static media::IMediaModule& sModule = LoadModule<media::IMediaModule>(
         media::kMediaModuleFileName, media::kMediaModuleFunctionName, media::kMediaModuleVersion);
     return sModule;
+}
+
+bool InterruptCancel::IsCancelled() const noexcept
+{
+    return IsInterrupted();
 }
 
 } // namespace trhost

@@ -11,4 +11,10 @@ namespace trhost {
 /// Threading: any thread; callers wait for the first one.
 media::IMediaModule& LoadMediaModule();
 
+/// Cancels what the media module does once the user has interrupted the program.
+class InterruptCancel final : public media::ICancel {
+public:
+    bool IsCancelled() const noexcept override;
+};
+
 } // namespace trhost

@@ -1,10 +1,10 @@
 // Effects tried out where they can do no harm.
 #include "../EffectOptions.h"
 
-#include "../../support/DisabledEffects.h"
 #include "../../support/Failure.h"
 #include "../../support/Interrupt.h"
 #include "../../support/ModuleLoader.h"
+#include "Switching.h"
 
 #include <effects/scan/EffectCheck.h>
 
@@ -81,23 +81,12 @@ void Show(Output& ioOutput, const CheckResult& inResult)
     }
 }
 
-void DisableBad(Context& ioContext, const std::vector<std::string>& inBad)
-{
-    SetEffectsEnabled(inBad, false);
-    for (const std::string& matchName : inBad) {
-        ioContext.output.Note(Text("$$$/Halcyon/TrHost/EffectOff=@0: switched off", {ToUTF16(matchName)}),
-                              JsonLine().Add("matchName", matchName).Add("enabled", false));
-    }
-}
-
 } // namespace
 
 int EffectsCheck(Context& ioContext, const EffectSearch& inSearch, const EffectsCheckOptions& inOptions)
 {
-    if (inOptions.disableBad && ioContext.options.safeMode) {
-        throw Failure(kExit_Usage,
-                      Text("$$$/Halcyon/TrHost/SafeModeChanges=safe mode changes nothing; run trhost without "
-                           "--safe-mode"));
+    if (inOptions.disableBad) {
+        RefuseInSafeMode(ioContext);
     }
     const EffectHost host(ioContext, inSearch);
     std::vector<effects::EffectDescription> wanted;
@@ -122,7 +111,7 @@ int EffectsCheck(Context& ioContext, const EffectSearch& inSearch, const Effects
         EffectInterruption());
     bar.Hide();
     if (inOptions.disableBad && !bad.empty()) {
-        DisableBad(ioContext, bad);
+        SwitchEffects(ioContext, bad, false);
     }
     if (!isComplete) {
         ThrowIfInterrupted();

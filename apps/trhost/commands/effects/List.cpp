@@ -4,6 +4,7 @@
 #include "../../support/DisabledEffects.h"
 #include "../../support/Failure.h"
 #include "EffectText.h"
+#include "Switching.h"
 
 #include <TR/EffectEnablement.h>
 #include <kiocore/filesupport/NativePath.h>
@@ -94,19 +95,13 @@ void ShowInfo(Output& ioOutput, const CatalogueEffect& inEffect, const EffectCra
     }
 }
 
-void Switch(Context& ioContext, const std::vector<const CatalogueEffect*>& inEffects, bool inEnabled)
+std::vector<std::string> NamesOf(const std::vector<const CatalogueEffect*>& inEffects)
 {
     std::vector<std::string> names;
     for (const CatalogueEffect* effect : inEffects) {
         names.push_back(effect->description.matchName);
     }
-    SetEffectsEnabled(names, inEnabled);
-    for (const std::string& name : names) {
-        ioContext.output.Note(inEnabled
-                                  ? Text("$$$/Halcyon/TrHost/EffectOn=@0: switched on", {ToUTF16(name)})
-                                  : Text("$$$/Halcyon/TrHost/EffectOff=@0: switched off", {ToUTF16(name)}),
-                              JsonLine().Add("matchName", name).Add("enabled", inEnabled));
-    }
+    return names;
 }
 
 /// The names that are no patterns: what is switched off may have been uninstalled, and is switched on by name
@@ -117,24 +112,6 @@ bool IsSwitchedOffByName(const std::vector<std::string>& inNames)
     return !inNames.empty() && std::all_of(inNames.begin(), inNames.end(), [&](const std::string& inName) {
         return disabled.count(inName) != 0;
     });
-}
-
-void SwitchOnByName(Context& ioContext, const std::vector<std::string>& inNames)
-{
-    SetEffectsEnabled(inNames, true);
-    for (const std::string& name : inNames) {
-        ioContext.output.Note(Text("$$$/Halcyon/TrHost/EffectOn=@0: switched on", {ToUTF16(name)}),
-                              JsonLine().Add("matchName", name).Add("enabled", true));
-    }
-}
-
-void RefuseInSafeMode(const Context& inContext)
-{
-    if (inContext.options.safeMode) {
-        throw Failure(kExit_Usage,
-                      Text("$$$/Halcyon/TrHost/SafeModeChanges=safe mode changes nothing; run trhost without "
-                           "--safe-mode"));
-    }
 }
 
 } // namespace
@@ -210,11 +187,11 @@ int EffectsEnable(Context& ioContext, const EffectSearch& inSearch, const Effect
     }
     if (inOptions.all) {
         const std::set<std::string> disabled = ReadDisabledEffects();
-        SwitchOnByName(ioContext, {disabled.begin(), disabled.end()});
+        SwitchEffects(ioContext, {disabled.begin(), disabled.end()}, true);
     } else if (IsSwitchedOffByName(inOptions.names)) {
-        SwitchOnByName(ioContext, inOptions.names);
+        SwitchEffects(ioContext, inOptions.names, true);
     } else {
-        Switch(ioContext, EffectHost(ioContext, inSearch).FindAll(inOptions.names), true);
+        SwitchEffects(ioContext, NamesOf(EffectHost(ioContext, inSearch).FindAll(inOptions.names)), true);
     }
     return kExit_Done;
 }
@@ -223,7 +200,7 @@ int EffectsDisable(Context& ioContext, const EffectSearch& inSearch, const Effec
 {
     RefuseInSafeMode(ioContext);
     const EffectHost host(ioContext, inSearch);
-    Switch(ioContext, host.FindAll(inOptions.names), false);
+    SwitchEffects(ioContext, NamesOf(host.FindAll(inOptions.names)), false);
     return kExit_Done;
 }
 

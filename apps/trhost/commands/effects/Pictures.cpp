@@ -1,5 +1,6 @@
 #include "Pictures.h"
 
+#include "../../support/AbsolutePath.h"
 #include "../../support/Failure.h"
 #include "../../support/FrameOutput.h"
 #include "../../support/Interrupt.h"
@@ -22,18 +23,6 @@ namespace {
 
 using namespace kiomediatypes;
 using kiocore::utility::ToUTF16;
-
-class InterruptCancel final : public media::ICancel {
-public:
-    bool IsCancelled() const noexcept override { return IsInterrupted(); }
-};
-
-UTF16String AbsolutePath(const std::string& inNative)
-{
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(inNative, error);
-    return kiocore::filesupport::FromNative(error ? inNative : absolute.native());
-}
 
 /// By its first bytes: the name says nothing reliable.
 bool IsPNG(const std::string& inPath)

@@ -15,11 +15,6 @@ using kiocore::utility::ToUTF16;
 
 constexpr int kBlockFrames = 1024;
 
-class InterruptCancel final : public media::ICancel {
-public:
-    bool IsCancelled() const noexcept override { return IsInterrupted(); }
-};
-
 } // namespace
 
 int RunOnSound(Context& ioContext, const effects::EffectDescription& inEffect,

@@ -1,6 +1,7 @@
 // Effect-type files: descriptions of a capability and of the effects that have it.
 #include "../EffectOptions.h"
 
+#include "../../support/AbsolutePath.h"
 #include "../../support/Failure.h"
 
 #include <BE/XMLFile.h>
@@ -23,14 +24,6 @@ using kiocore::InterfaceRef;
 using kiocore::classref::ClassFactory;
 using kiocore::utility::FileUtils;
 using kiocore::utility::ToUTF16;
-
-UTF16String AbsolutePath(const std::string& inNative)
-{
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(inNative, error);
-    return ZOL::PathUtils::ToNormalizedPath(
-        kiocore::filesupport::FromNative(error ? inNative : absolute.native()));
-}
 
 /// The descriptions by locale; empty for a file that is no effect-type file.
 BE::ValueMap ReadDescriptions(const UTF16String& inPath)
