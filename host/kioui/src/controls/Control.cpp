@@ -1,0 +1,27 @@
+#include <kioui/controls/Control.h>
+
+#include "ui/NodeImpl.h"
+
+namespace kioui::controls {
+
+UI_Control::UI_Control(std::unique_ptr<Impl> inImpl) : UI_Node(std::move(inImpl)) {}
+UI_Control::~UI_Control() = default;
+
+void UI_Control::SetChangedFunction(ChangedFunction inFunction)
+{
+    mChanged = std::move(inFunction);
+}
+
+void UI_Control::NotifyChanged()
+{
+    if (!mChanged) {
+        return;
+    }
+    const ui::ScWidgetEvent event;
+    const ui::UI_NodePtr keep = this;
+    const ChangedFunction function = mChanged; // it may set another
+    UI_ControlChangedMessage message(this);
+    function(&message);
+}
+
+} // namespace kioui::controls

@@ -1,0 +1,1 @@
+#include <kioui/controls/HotText.h>

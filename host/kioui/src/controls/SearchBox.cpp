@@ -1,0 +1,1 @@
+#include <kioui/controls/SearchBox.h>

@@ -1,0 +1,1 @@
+#include <kioui/dialogs/MessageBox.h>

@@ -1,0 +1,4 @@
+#include <kioui/layout/SmartLayout.h>
+namespace kioui::layout {
+SmartLayout::~SmartLayout() = default;
+}

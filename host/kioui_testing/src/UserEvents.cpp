@@ -1,0 +1,1 @@
+#include <kioui_testing/UserEvents.h>
