@@ -72,6 +72,8 @@ public:
     /// @param inOrigin  the left end of the base line. An empty font draws nothing.
     virtual void DrawString(UTF16View inText, const FontRef& inFont, const skins::Color& inColor,
                             PointT<float> inOrigin) = 0;
+    /// As Font::MeasureWidth; 0 with an empty font.
+    virtual float MeasureString(UTF16View inText, const FontRef& inFont) const = 0;
     /// The text, or what of it fits inWidth together with "…" in place of the rest. No surrogate pair or
     /// combined character is split. Nothing at all when not even "…" fits.
     virtual UTF16String TruncateString(UTF16View inText, const FontRef& inFont, float inWidth,
@@ -97,7 +99,8 @@ class KIO_EXPORT SupplierInterface {
 public:
     virtual ~SupplierInterface();
     /// @param inName  a family name; empty is the user interface's own.
-    /// @param inSize  in units, of the em; sizes that are not positive give an empty reference.
+    /// @param inSize  in units, of the em, also between whole ones; sizes that are not positive or not finite
+    ///     give an empty reference.
     virtual FontRef NewFont(UTF16View inName, float inSize) const = 0;
     /// Draws nowhere: for layouts.
     virtual std::unique_ptr<Drawbot> NewMeasuringDrawbot() const = 0;
