@@ -82,17 +82,29 @@ void Press(QWindow& inWindow, const Key& inKey)
     ui::ScApplication::RunPending();
 }
 
-} // namespace
+// What a window system tells may come a round later than what caused it: a window that was shown becomes
+// active, and then its node gets the focus.
+constexpr int kRoundsToSettle = 3;
 
-void RunWhenIdle(std::function<void()> inFunction)
+/// Calls a function after so many rounds of one event loop that waits, or of one that begins meanwhile.
+void RunAfterRounds(int inRounds, std::function<void()> inFunction)
 {
-    QTimer::singleShot(0, qApp, [function = std::move(inFunction)]() mutable {
+    QTimer::singleShot(0, qApp, [inRounds, function = std::move(inFunction)]() mutable {
         if (ScAction::IsUnderWayInThisLoop()) {
-            RunWhenIdle(std::move(function));
+            RunAfterRounds(kRoundsToSettle, std::move(function));
+        } else if (inRounds > 1) {
+            RunAfterRounds(inRounds - 1, std::move(function));
         } else {
             function();
         }
     });
+}
+
+} // namespace
+
+void RunWhenIdle(std::function<void()> inFunction)
+{
+    RunAfterRounds(kRoundsToSettle, std::move(inFunction));
 }
 
 PointT<float> MiddleOf(const ui::UI_Node& inNode)

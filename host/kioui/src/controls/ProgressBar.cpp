@@ -59,4 +59,11 @@ bool UI_ProgressBar::IsUnknownProgress() const
     return bar != nullptr && bar->maximum() == 0;
 }
 
+void UI_ProgressBar::SetShowsPercentage(bool inShows)
+{
+    if (auto* bar = WidgetOf<QProgressBar>(*this)) {
+        bar->setTextVisible(inShows);
+    }
+}
+
 } // namespace kioui::controls
