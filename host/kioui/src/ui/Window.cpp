@@ -25,6 +25,7 @@ UI_OSWindow::UI_OSWindow(const UTF16String& inTitle, UI_Node* inParent)
 UI_OSWindow::UI_OSWindow(std::unique_ptr<Impl> inImpl, const UTF16String& inTitle)
     : UI_Node(std::move(inImpl))
 {
+    TheApplicationState().windows.push_back(this);
     SetTitle(inTitle);
 }
 
@@ -36,6 +37,7 @@ UI_OSWindow::~UI_OSWindow()
             *known = nullptr;
         }
     }
+    std::erase(state.windows, this);
 }
 
 UTF16String UI_OSWindow::GetText() const
