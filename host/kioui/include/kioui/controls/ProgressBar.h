@@ -21,6 +21,8 @@ public:
     /// Moves without saying how far; SetProgress ends it.
     void SetUnknownProgress(bool inUnknown);
     bool IsUnknownProgress() const;
+    /// Whether it says in figures too how far; it does not until told to.
+    void SetShowsPercentage(bool inShows);
 
 private:
     std::uint32_t mDone = 0;

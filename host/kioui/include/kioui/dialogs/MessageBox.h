@@ -92,7 +92,7 @@ public:
 
 private:
     Answer mAnswer;
-    ScAnswer* mBefore;
+    const Answer* mBefore;
 };
 
 } // namespace messagebox
