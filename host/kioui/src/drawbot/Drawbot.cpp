@@ -9,7 +9,6 @@
 #include <kiocore/debug/Trace.h>
 
 #include <QApplication>
-#include <QScreen>
 
 #include <algorithm>
 #include <cmath>
@@ -17,20 +16,7 @@
 namespace kioui::drawbot {
 namespace {
 
-constexpr float kLargestFont = 4096;
-
-void SetSize(QFont& ioFont, float inSize)
-{
-    if (inSize == std::floor(inSize)) {
-        ioFont.setPixelSize(int(inSize));
-        return;
-    }
-    // Only points may be fractions. Qt goes back with the same whole number of points per inch.
-    const QScreen* const screen = QGuiApplication::primaryScreen();
-    const double pointsPerInch = 72;
-    const double unitsPerInch = screen != nullptr ? std::round(screen->logicalDotsPerInchY()) : 100;
-    ioFont.setPointSizeF(inSize * pointsPerInch / unitsPerInch);
-}
+constexpr float kLargestFont = 4096; // beyond, not even one letter fits a screen
 
 class MeasuringDrawbot final : public Drawbot {
 public:
@@ -62,7 +48,7 @@ public:
         if (!inName.empty()) {
             font.setFamily(ui::ToQt(inName));
         }
-        SetSize(font, std::min(inSize, kLargestFont));
+        font.setPixelSize(std::max(int(std::round(std::min(inSize, kLargestFont))), 1));
         return std::make_shared<const QtFont>(font);
     }
     std::unique_ptr<Drawbot> NewMeasuringDrawbot() const override

@@ -95,8 +95,7 @@ UTF16String Truncate(UTF16View inText, const FontRef& inFont, float inWidth, Tex
         const std::size_t kept = fits + (tooMany - fits) / 2;
         if (UTF16String shortened = fitting(kept); shortened.empty()) {
             tooMany = kept;
-        }
-        else {
+        } else {
             fits = kept;
             best = std::move(shortened);
         }

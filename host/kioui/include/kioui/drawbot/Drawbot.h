@@ -99,8 +99,8 @@ class KIO_EXPORT SupplierInterface {
 public:
     virtual ~SupplierInterface();
     /// @param inName  a family name; empty is the user interface's own.
-    /// @param inSize  in units, of the em, also between whole ones; sizes that are not positive or not finite
-    ///     give an empty reference.
+    /// @param inSize  in units, of the em; rounded to whole ones, as letters are drawn in no others. Sizes
+    ///     that are not positive or not finite give an empty reference.
     virtual FontRef NewFont(UTF16View inName, float inSize) const = 0;
     /// Draws nowhere: for layouts.
     virtual std::unique_ptr<Drawbot> NewMeasuringDrawbot() const = 0;

@@ -13,6 +13,8 @@ namespace kioui::layout {
 /// Says where nodes lie in a rectangle. Gaps and margins are kept exactly, to the unit, at every scale; what
 /// is left over is shared out by stretch factors, in whole units, so that nothing is lost or overlaps.
 ///
+/// Nodes that are hidden keep their place; build a layout without those that went for good.
+///
 /// Threading: UI thread only. Shares the nodes it lays out.
 class KIO_EXPORT SmartLayout {
 public:
@@ -47,12 +49,16 @@ public:
     SmartLayoutBuilder(const SmartLayoutBuilder&) = delete;
     SmartLayoutBuilder& operator=(const SmartLayoutBuilder&) = delete;
 
-    /// @param inMinimum  the least size; by default the one the node prefers.
+    /// What is empty is left out.
+    /// @param inMinimum  the least size; by default the one that the node prefers whenever the layout is
+    ///     applied.
+    /// @param inStretch  factors that are not above 0, or not finite, are 0.
     SmartLayoutBuilder& Append(const ui::UI_NodePtr& inNode, Stretch inStretch = {});
     SmartLayoutBuilder& Append(const ui::UI_NodePtr& inNode, SizeT<float> inMinimum, Stretch inStretch);
     SmartLayoutBuilder& Append(SmartLayoutPtr inLayout, Stretch inStretch = {});
     SmartLayoutBuilder& AppendSpace(float inSize);
-    /// At least inMinimum; takes what is left over, beside other elements as if by a stretch factor of 1.
+    /// At least inMinimum, however little room there is; takes what is left over, beside other elements as if
+    /// by a stretch factor of 1.
     SmartLayoutBuilder& AppendFlexibleSpace(float inMinimum);
     SmartLayoutBuilder& SetCrossAlignment(CrossAlignment inAlignment);
     /// Around everything, on all four sides.
