@@ -74,7 +74,7 @@ UI_Node* UI_Node::GetParent() const
 
 std::vector<UI_NodePtr> UI_Node::GetChildren() const
 {
-    return mImpl->children;
+    return mImpl->Children();
 }
 
 UI_Node* UI_Node::FindNode(std::string_view inNodeID)

@@ -56,7 +56,9 @@ struct UI_Node::Impl {
     /// Where children's widgets go; the widget itself unless a node says otherwise.
     virtual QWidget* Content() const { return widget; }
     void Adopt(const UI_NodePtr& inChild);
-    void LetGoOf(UI_Node& inChild);
+    virtual void LetGoOf(UI_Node& inChild);
+    /// What lies in the node, front to back.
+    virtual std::vector<UI_NodePtr> Children() const { return children; }
     void TellSize();
 
     QPointer<QWidget> widget;

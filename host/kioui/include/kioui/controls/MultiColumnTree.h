@@ -38,9 +38,11 @@ public:
     /// The titles. Never empty.
     UI_MultiColumnTreeHeaderRowPtr GetHeaderRow() const;
 
-    /// Appended rows stand behind those there are; once a column is sorted by, they go where they belong.
-    /// @param inParent    must be null: there is one level.
-    /// @param inLayOut    lays out at once, unless deferred.
+    /// Appended rows stand behind those there are; while a column is sorted by, they go where they belong by
+    /// the time anybody looks. Null is ignored.
+    /// @param inParent  must be null: there is one level.
+    /// @param inLayOut  lays out at once, unless deferred; else with the next layout.
+    /// @throws kio_exception (kError_BadArgument) for a parent, and for a row that is in a tree already.
     void AppendRow(const UI_MultiColumnTreeRowPtr& inRow, UI_MultiColumnTreeRow* inParent, bool inLayOut);
     /// Drops all rows with their cell views. Selected rows that come back in the same deferral stay selected.
     void RemoveAllRows();
@@ -51,6 +53,7 @@ public:
     /// Whether something of the row can be seen: it is scrolled into view and the tree is shown.
     bool IsRowVisible(const UI_MultiColumnTreeRow* inRow) const;
 
+    /// Arrow keys go on from this row. Scrolls nothing.
     /// @param inExtend  keeps what is selected already.
     /// @param inNotify  calls the selection function when anything changed.
     void SelectRow(const UI_MultiColumnTreeRowPtr& inRow, bool inSelect, bool inExtend, bool inNotify);
@@ -63,7 +66,8 @@ public:
     /// stay as they stood. Without a sort column nothing moves.
     void SortTree();
 
-    /// A row came into view (after each population: once, unless it went out of view meanwhile).
+    /// A row came into view (after each population: once, unless it went out of view meanwhile). Called after
+    /// the layout.
     void SetRowVisibilityChangedFunction(RowFunction inFunction);
     void SetDrawCellFunction(DrawCellFunction inFunction);
     void SetCellSortDataFunction(CellTextFunction inFunction);
@@ -73,7 +77,8 @@ public:
     /// Where a cell lies in the tree's coordinates, also outside of what is shown; empty when row or column
     /// are gone.
     RectT<float> GetCellBounds(const UI_MultiColumnTreeRow* inRow, std::uint32_t inPosition) const;
-    /// Called with the rows that were selected or no longer are.
+    /// Called with the rows that were selected or no longer are, once the event that did it is over. Rows
+    /// that left the tree are not among them.
     void SetRowsSelectionChangedFunction(std::function<void(const Rows&)> inFunction);
 
     /// Until the outermost goes, rows come and go without a layout; then there is one. The scroll position
@@ -89,10 +94,11 @@ public:
         boost::intrusive_ptr<UI_MultiColumnTree> mTree;
     };
 
-private:
-    friend class UI_MultiColumnTreeRow;
-    friend class UI_MultiColumnTreeHeaderRow;
+    /// For the sources of kioui: what there is beside the widget.
     struct State;
+    State& GetState() const { return *mState; }
+
+private:
     std::unique_ptr<State> mState;
 };
 using UI_MultiColumnTreePtr = boost::intrusive_ptr<UI_MultiColumnTree>;

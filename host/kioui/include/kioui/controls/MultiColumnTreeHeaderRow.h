@@ -8,6 +8,7 @@
 namespace kioui::controls {
 
 class UI_MultiColumnTree;
+class HeaderView;
 
 /// The titles of a tree's columns: a click sorts (again: the other way round), a drag moves a column, a drag
 /// of a divider sets a width, a double click on a divider asks for the best one. Columns have an id each; a
@@ -55,6 +56,8 @@ public:
 private:
     friend class UI_MultiColumnTree;
     UI_MultiColumnTreeHeaderRow(std::unique_ptr<Impl> inImpl, UI_MultiColumnTree* inTree);
+    HeaderView* Header() const;
+    int ColumnOf(std::uint32_t inColumnID) const;
 
     UI_MultiColumnTree* mTree; // null once the tree has gone
 };

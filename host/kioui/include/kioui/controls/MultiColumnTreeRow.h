@@ -48,19 +48,27 @@ public:
     /// leaves its tree. Null for positions that are no column, and while the row is in no tree.
     UI_CellView* GetCellView(std::uint32_t inPosition);
     /// Null once it was removed.
-    UI_MultiColumnTree* GetTree() const { return mTree; }
-    bool IsSelected() const { return mIsSelected; }
+    UI_MultiColumnTree* GetTree() const { return mKept.tree; }
+    bool IsSelected() const { return mKept.isSelected && mKept.tree != nullptr; }
+
+    /// For the sources of kioui: what the tree keeps with its row.
+    struct Cells;
+    struct Kept {
+        explicit Kept(bool inSelectable);
+        ~Kept();
+        UI_MultiColumnTree* tree = nullptr;
+        std::unique_ptr<Cells> cells; // empty until a cell is asked for
+        std::uint32_t index = 0;      // in the order shown
+        bool isSelectable;
+        bool isSelected = false;
+        bool isToldSelected = false; // as the selection function knows it
+        bool isInView = false;
+    };
+    Kept& GetKept() { return mKept; }
+    const Kept& GetKept() const { return mKept; }
 
 private:
-    friend class UI_MultiColumnTree;
-    struct Cells;
-
-    UI_MultiColumnTree* mTree = nullptr;
-    std::unique_ptr<Cells> mCells; // empty until a cell is asked for
-    std::uint32_t mPlace = 0;      // in the tree's order of rows
-    bool mIsSelectable;
-    bool mIsSelected = false;
-    bool mHasBeenShown = false;
+    Kept mKept;
 };
 using UI_MultiColumnTreeRowPtr = boost::intrusive_ptr<UI_MultiColumnTreeRow>;
 
