@@ -6,12 +6,12 @@
 
 namespace kioui::controls {
 
-using ui::FromQt;
-using ui::ToQt;
+using ui::FromButtonText;
+using ui::ToButtonText;
 using ui::WidgetOf;
 
 UI_Checkbox::UI_Checkbox(const UTF16String& inText)
-    : UI_Control(ui::NewImpl<QCheckBox>("UI_Checkbox", ToQt(inText)))
+    : UI_Control(ui::NewImpl<QCheckBox>("UI_Checkbox", ToButtonText(inText)))
 {
     // Clicked, not toggled: only what a person does is a change.
     QObject::connect(WidgetOf<QCheckBox>(*this), &QCheckBox::clicked, GetImpl().watcher.get(),
@@ -23,7 +23,7 @@ UI_Checkbox::~UI_Checkbox() = default;
 UTF16String UI_Checkbox::GetText() const
 {
     const auto* box = WidgetOf<QCheckBox>(*this);
-    return box != nullptr ? FromQt(box->text()) : UTF16String();
+    return box != nullptr ? FromButtonText(box->text()) : UTF16String();
 }
 
 bool UI_Checkbox::IsChecked() const
