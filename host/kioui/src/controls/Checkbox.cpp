@@ -3,6 +3,7 @@
 #include "ui/NodeImpl.h"
 
 #include <QCheckBox>
+#include <QSignalBlocker>
 
 namespace kioui::controls {
 
@@ -13,8 +14,8 @@ using ui::WidgetOf;
 UI_Checkbox::UI_Checkbox(const UTF16String& inText)
     : UI_Control(ui::NewImpl<QCheckBox>("UI_Checkbox", ToButtonText(inText)))
 {
-    // Clicked, not toggled: only what a person does is a change.
-    QObject::connect(WidgetOf<QCheckBox>(*this), &QCheckBox::clicked, GetImpl().watcher.get(),
+    // Toggled, not clicked: a screen reader toggles without a click.
+    QObject::connect(WidgetOf<QCheckBox>(*this), &QCheckBox::toggled, GetImpl().watcher.get(),
                      [this] { NotifyChanged(); });
 }
 
@@ -35,6 +36,7 @@ bool UI_Checkbox::IsChecked() const
 void UI_Checkbox::SetChecked(bool inChecked)
 {
     if (auto* box = WidgetOf<QCheckBox>(*this)) {
+        const QSignalBlocker blocker(box); // only what a person does is a change
         box->setChecked(inChecked);
     }
 }

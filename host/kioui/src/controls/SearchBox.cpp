@@ -3,8 +3,8 @@
 #include "ui/NodeImpl.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCompleter>
-#include <QFocusEvent>
 #include <QIcon>
 #include <QLineEdit>
 #include <QStringListModel>
@@ -21,23 +21,6 @@ using ui::WidgetOf;
 namespace {
 
 const int kMostRecentSearches = 20;
-
-class SearchLine final : public QLineEdit {
-public:
-    std::function<void()> left;
-
-protected:
-    void focusOutEvent(QFocusEvent* inEvent) override
-    {
-        QLineEdit::focusOutEvent(inEvent);
-        // The list of recent searches takes the focus for a while; another window does not end an edit.
-        if (inEvent->reason() != Qt::PopupFocusReason && inEvent->reason() != Qt::ActiveWindowFocusReason) {
-            if (const auto function = left) {
-                function();
-            }
-        }
-    }
-};
 
 QIcon Magnifier(const QWidget& inWidget)
 {
@@ -78,9 +61,9 @@ struct UI_SearchBox::State {
 };
 
 UI_SearchBox::UI_SearchBox(bool inShowsMagnifier, bool inKeepsRecentSearches)
-    : UI_Control(ui::NewImpl<SearchLine>("UI_SearchBox")), mState(std::make_unique<State>())
+    : UI_Control(ui::NewImpl<QLineEdit>("UI_SearchBox")), mState(std::make_unique<State>())
 {
-    auto* line = WidgetOf<SearchLine>(*this);
+    auto* line = WidgetOf<QLineEdit>(*this);
     line->setClearButtonEnabled(true);
     if (inShowsMagnifier) {
         QAction* magnifier = line->addAction(Magnifier(*line), QLineEdit::LeadingPosition);
@@ -93,19 +76,19 @@ UI_SearchBox::UI_SearchBox(bool inShowsMagnifier, bool inKeepsRecentSearches)
     // Not textEdited: the clear button and the list of recent searches do not count as editing for Qt.
     QObject::connect(line, &QLineEdit::textChanged, GetImpl().watcher.get(), [this] { Edited(); });
     QObject::connect(line, &QLineEdit::returnPressed, GetImpl().watcher.get(), [this] { Finished(); });
-    line->left = [this] {
-        if (WidgetOf<SearchLine>(*this)->text() != mState->told) {
-            Finished();
-        }
-    };
+    // Not the line's own event: the list of recent searches keeps it back while it is shown.
+    QObject::connect(qApp, &QApplication::focusChanged, GetImpl().watcher.get(),
+                     [this](QWidget* inBefore, QWidget* inNow) {
+                         const QWidget* const own = GetImpl().widget;
+                         // Another window does not end an edit.
+                         if (own != nullptr && inBefore == own && inNow != nullptr &&
+                             inNow->window() == own->window()) {
+                             Left();
+                         }
+                     });
 }
 
-UI_SearchBox::~UI_SearchBox()
-{
-    if (auto* line = WidgetOf<SearchLine>(*this)) {
-        line->left = nullptr;
-    }
-}
+UI_SearchBox::~UI_SearchBox() = default;
 
 void UI_SearchBox::Edited()
 {
@@ -115,9 +98,17 @@ void UI_SearchBox::Edited()
     }
 }
 
+void UI_SearchBox::Left()
+{
+    if (WidgetOf<QLineEdit>(*this)->text() != mState->told) {
+        const ui::ScWidgetEvent event; // of two widgets
+        Finished();
+    }
+}
+
 void UI_SearchBox::Finished()
 {
-    const QString text = WidgetOf<SearchLine>(*this)->text();
+    const QString text = WidgetOf<QLineEdit>(*this)->text();
     mState->told = text;
     if (mState->recent) {
         Remember(*mState->recent, text);
@@ -127,7 +118,7 @@ void UI_SearchBox::Finished()
 
 UTF16String UI_SearchBox::GetText() const
 {
-    const auto* line = WidgetOf<SearchLine>(*this);
+    const auto* line = WidgetOf<QLineEdit>(*this);
     return line != nullptr ? FromQt(line->text()) : UTF16String();
 }
 
@@ -138,7 +129,7 @@ std::optional<UTF16String> UI_SearchBox::GetValue() const
 
 void UI_SearchBox::SetValue(const UTF16String& inText)
 {
-    if (auto* line = WidgetOf<SearchLine>(*this)) {
+    if (auto* line = WidgetOf<QLineEdit>(*this)) {
         mState->isUnknown = false;
         mState->isSetting = true;
         line->setText(ToQt(inText));
@@ -155,14 +146,14 @@ void UI_SearchBox::SetValueUnknown()
 
 void UI_SearchBox::SetUnknownStateText(const UTF16String& inText)
 {
-    if (auto* line = WidgetOf<SearchLine>(*this)) {
+    if (auto* line = WidgetOf<QLineEdit>(*this)) {
         line->setPlaceholderText(ToQt(inText));
     }
 }
 
 UTF16String UI_SearchBox::GetUnknownStateText() const
 {
-    const auto* line = WidgetOf<SearchLine>(*this);
+    const auto* line = WidgetOf<QLineEdit>(*this);
     return line != nullptr ? FromQt(line->placeholderText()) : UTF16String();
 }
 

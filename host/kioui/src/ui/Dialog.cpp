@@ -182,7 +182,7 @@ int UI_Dialog::RunModal()
     const boost::intrusive_ptr<UI_Dialog> keep(this);
     QEventLoop loop;
     const ScRunning running(mState->loop, loop);
-    QObject::connect(widget, &QObject::destroyed, &loop, &QEventLoop::quit);
+    QObject::connect(widget, &QObject::destroyed, &loop, [this] { EndModal(kResult_Cancel); });
     widget->hide(); // Qt makes a window modal when it shows it
     widget->setWindowModality(Qt::ApplicationModal);
     UI_Show(true);

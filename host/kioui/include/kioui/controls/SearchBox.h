@@ -34,6 +34,7 @@ public:
 
 private:
     void Edited();
+    void Left();
     void Finished();
 
     struct State;
