@@ -53,4 +53,5 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/TRFoundation.pc.in ${PROJECT_BINARY_D
 install(FILES ${PROJECT_BINARY_DIR}/TRFoundation.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 # Resources lie in the build tree as they will in the installed one; whatever a target puts there is installed.
-install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL
+    PATTERN qps.mo EXCLUDE) # the pseudo-language is for tests
