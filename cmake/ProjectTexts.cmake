@@ -12,7 +12,7 @@ function(project_texts target name folder)
         set(catalogue ${compiled}/${language}.mo)
         add_custom_command(OUTPUT ${catalogue}
             COMMAND ${CMAKE_COMMAND} -E make_directory ${compiled}
-            COMMAND ${PROJECT_MSGFMT} --check -o ${catalogue} ${texts}
+            COMMAND ${PROJECT_MSGFMT} --check-format --check-domain -o ${catalogue} ${texts}
             DEPENDS ${texts} COMMENT "Compiling texts of ${name} (${language})" VERBATIM)
         list(APPEND catalogues ${catalogue})
     endforeach()
@@ -23,7 +23,7 @@ function(project_texts target name folder)
         add_custom_command(OUTPUT ${catalogue} BYPRODUCTS ${texts}
             COMMAND ${CMAKE_COMMAND} -E make_directory ${compiled}
             COMMAND ${tool}/texts pseudo ${folder}/texts.pot ${texts}
-            COMMAND ${PROJECT_MSGFMT} --check -o ${catalogue} ${texts}
+            COMMAND ${PROJECT_MSGFMT} --check-format --check-domain -o ${catalogue} ${texts}
             DEPENDS ${folder}/texts.pot ${tool}/texts ${tool}/pseudo.py ${tool}/po.py
             COMMENT "Making the pseudo-language of ${name}" VERBATIM)
         list(APPEND catalogues ${catalogue})

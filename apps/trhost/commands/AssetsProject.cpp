@@ -10,6 +10,7 @@
 #include <TR/FileExtensions.h>
 #include <ZOL/FolderSearch.h>
 #include <ZOL/PathUtils.h>
+#include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
 
 #include <filesystem>
@@ -94,9 +95,12 @@ public:
         } else if (std::filesystem::is_regular_file(status)) {
             AddClip(*mProject->GetRootBin(), path);
         } else {
-            throw Failure(kExit_Failed,
-                          Text("$$$/Halcyon/TrHost/NoMediaFile=@0: @1, expected a media file or a folder",
-                               {path, error ? ToUTF16(error.message()) : u"neither a file nor a folder"}));
+            throw Failure(
+                kExit_Failed,
+                Text("$$$/Halcyon/TrHost/NoMediaFile=@0: @1, expected a media file or a folder",
+                     {path,
+                      error ? kiocore::SystemErrorText(error.value())
+                            : Text("$$$/Halcyon/TrHost/NeitherFileNorFolder=neither a file nor a folder")}));
         }
     }
 

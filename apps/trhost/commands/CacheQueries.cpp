@@ -73,7 +73,7 @@ int CacheFind(Context& ioContext, const FindOptions& inOptions)
                        "media",
                        {item.streamID, item.key, item.path})
                 : Text("$$$/Halcyon/TrHost/ItemGone=stream @0, @1: @2 is recorded, but is @3",
-                       {item.streamID, item.key, item.path, ToUTF16(NameOf(item.state))}));
+                       {item.streamID, item.key, item.path, TextOf(item.state)}));
     }
     if (asked == 0) {
         throw Failure(kExit_Negative,
@@ -123,10 +123,10 @@ int CacheShow(Context& ioContext, const std::string& inMedia)
             lastStream = item.streamID;
             first = false;
         }
-        output.Line(Text(
-            "$$$/Halcyon/TrHost/ShowItem=  @0  @1  (@2)",
-            {item.key, item.path,
-             item.state == ItemState::kPresent ? SizeText(item.sizeBytes) : ToUTF16(NameOf(item.state))}));
+        output.Line(
+            Text("$$$/Halcyon/TrHost/ShowItem=  @0  @1  (@2)",
+                 {item.key, item.path,
+                  item.state == ItemState::kPresent ? SizeText(item.sizeBytes) : TextOf(item.state)}));
     }
     return kExit_Done;
 }

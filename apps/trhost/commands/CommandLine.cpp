@@ -152,7 +152,7 @@ int RunProgram(int inCount, char** inArguments) noexcept
         }
         return RunCommand(line.Options(), line.Chosen());
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "trhost: %s\n", error.what());
+        std::fprintf(stderr, "trhost: %s\n", kiocore::utility::ToUTF8(Told(error)).c_str());
         return kExit_Failed;
     }
 }

@@ -127,7 +127,7 @@ int RunCommand(const GlobalOptions& inOptions, const std::function<int(Context&)
         output.Error(failure.GetText());
         return failure.GetStatus();
     } catch (const std::exception& error) {
-        output.Error(ToUTF16(error.what()));
+        output.Error(Told(error));
         return kExit_Failed;
     }
 }

@@ -1,6 +1,7 @@
 #include "EffectText.h"
 
 #include "../../support/Failure.h"
+#include "../../support/KeptText.h"
 
 #include <TR/EffectEnablement.h>
 #include <kiocore/filesupport/NativePath.h>
@@ -29,7 +30,7 @@ int CrashesOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes)
 /// Why it cannot run; empty when it can.
 std::string ReasonOf(const CatalogueEffect& inEffect)
 {
-    return inEffect.failure.empty() ? inEffect.description.refusal : inEffect.failure;
+    return ToldText(inEffect.failure.empty() ? inEffect.description.refusal : inEffect.failure);
 }
 
 } // namespace
@@ -64,7 +65,7 @@ UTF16String LineOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrash
 {
     UTF16String line = ToUTF16(inEffect.description.matchName) + u"  " +
                        ToUTF16(inEffect.description.displayName) + u"  (" +
-                       ToUTF16(NameOf(inEffect.description.kind)) + u")";
+                       Text(TextOf(inEffect.description.kind)) + u")";
     if (const UTF16String types = TypeNames(inEffect); !types.empty()) {
         line += u"  " + types;
     }

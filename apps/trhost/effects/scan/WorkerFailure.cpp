@@ -1,6 +1,7 @@
 #include "WorkerFailure.h"
 
-#include "ScanText.h"
+#include "support/KeptText.h"
+#include "support/LocalText.h"
 
 #include <kiocore/serialization/JSONConvert.h>
 
@@ -54,7 +55,7 @@ std::string WhatHappened(const WorkerFailure& inFailure)
     const std::string during = TextOf(inFailure.task);
     switch (inFailure.kind) {
     case Kind::kRefused:
-        return inFailure.said;
+        return ToldText(inFailure.said);
     case Kind::kCrashed:
         return LocalText(
             "$$$/Halcyon/TrHost/WorkerCrashed=crashed with @0 @1#{@0: SIGSEGV, @1: while being described}",

@@ -208,9 +208,11 @@ int Localizer::SetLanguage(std::string_view inLanguage, std::string_view inFolde
 {
     KIO_HOST_CALL("kiocore::config::Localizer::SetLanguage", inLanguage, inFolderUTF8);
     if (!IsLanguageCode(inLanguage)) {
-        throw kio_exception("\"" + std::string(inLanguage) +
-                                "\" is no language; expected a code such as de or pt_BR",
-                            kError_BadArgument);
+        throw kio_exception(
+            Format(GetText("$$$/kiocore/Error/NoLanguage=\"@0\" is no language; expected a code "
+                           "such as de or pt_BR"),
+                   {utility::ToUTF16(inLanguage)}),
+            kError_BadArgument);
     }
     const std::vector<std::string> names = CatalogueNames(inLanguage);
     if (std::any_of(names.begin(), names.end(), &IsDefaultLanguage)) {

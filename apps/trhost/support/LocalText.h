@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace trhost::effects {
+namespace trhost {
 
 /// A localised text ("$$$/Key=English default") with "@0", "@1", ... replaced by the values, all in UTF-8.
 inline std::string LocalText(std::string_view inLocalisedText, const std::vector<std::string>& inValues = {})
@@ -20,4 +20,4 @@ inline std::string LocalText(std::string_view inLocalisedText, const std::vector
     return kiocore::utility::ToUTF8(Localizer::Format(Localizer::GetText(inLocalisedText), values));
 }
 
-} // namespace trhost::effects
+} // namespace trhost
