@@ -65,14 +65,25 @@ void CheckPoints(const std::vector<TR::AssetSpecifier>& inSpecifiers)
     }
 }
 
+UTF16String PointText(TickTime inPoint)
+{
+    return inPoint.IsUnset() ? Text("$$$/Halcyon/TrHost/PointUnset=unset#{an In or Out point}")
+                             : ToUTF16(inPoint.AsUTF8());
+}
+
 void Report(Context& ioContext, const ClipState& inClip, bool inDryRun)
 {
     const char* const action = !inClip.IsChanged() ? "unchanged" : inDryRun ? "wouldSet" : "set";
     const TickTime in = inClip.clip->GetInPoint();
     const TickTime out = inClip.clip->GetOutPoint();
     const UTF16String name = inClip.item->GetName();
-    ioContext.output.Result(ToUTF16(action) + u"  " + name + u"  in " + ToUTF16(in.AsUTF8()) + u"  out " +
-                                ToUTF16(out.AsUTF8()) + u"  " + inClip.path,
+    const char* const line = !inClip.IsChanged() ? "$$$/Halcyon/TrHost/PointsUnchanged=unchanged  @0  in @1  "
+                                                   "out @2  @3#{@0: a clip, @1 and @2: points, @3: a file}"
+                             : inDryRun ? "$$$/Halcyon/TrHost/PointsWouldBeSet=wouldSet  @0  in @1  out @2  "
+                                          "@3#{@0: a clip, @1 and @2: points, @3: a file}"
+                                        : "$$$/Halcyon/TrHost/PointsSet=set  @0  in @1  out @2  @3#{@0: a "
+                                          "clip, @1 and @2: points, @3: a file}";
+    ioContext.output.Result(Text(line, {name, PointText(in), PointText(out), inClip.path}),
                             JsonLine()
                                 .Add("action", action)
                                 .Add("item", inClip.item->GetID().AsUTF8())

@@ -12,10 +12,17 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 
 namespace trhost {
 
 namespace {
+
+UTF16String AnyOr(const std::optional<std::string>& inWanted)
+{
+    return inWanted ? kiocore::utility::ToUTF16(*inWanted)
+                    : Text("$$$/Halcyon/TrHost/AnyItem=any#{any stream, or any key}");
+}
 
 using kiocore::utility::DecimalText;
 using kiocore::utility::ToUTF16;
@@ -79,8 +86,7 @@ int CacheFind(Context& ioContext, const FindOptions& inOptions)
         throw Failure(kExit_Negative,
                       Text("$$$/Halcyon/TrHost/NoSuchItem=the record of @0 has no such cache file "
                            "(stream @1, key @2)",
-                           {media.identity.path, ToUTF16(inOptions.stream.value_or("any")),
-                            ToUTF16(inOptions.key.value_or("any"))}));
+                           {media.identity.path, AnyOr(inOptions.stream), AnyOr(inOptions.key)}));
     }
     return found == asked ? kExit_Done : kExit_Negative;
 }

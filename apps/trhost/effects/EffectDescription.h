@@ -55,8 +55,8 @@ struct EffectDescription {
     std::vector<EffectParameter> parameters;
     int audioInputs = 0; ///< channels of one instance; audio only
     int audioOutputs = 0;
-    /// Why it is listed and cannot be run, one line: "needs libopencv_core.so.406, which is not installed".
-    /// Empty when it runs.
+    /// Why it is listed and cannot be run, a kept text (support/KeptText.h) of one line: "needs
+    /// libopencv_core.so.406, which is not installed". Empty when it runs.
     std::string refusal;
 };
 
