@@ -13,7 +13,7 @@
 set(PROJECT_ROOMS
     kiocore
     PRQ kioappsupport kiomediatypes kioui_theme MF BE ZOL
-    VF kioui kioscripting kioscripting_jsc
+    VF kioui kioui_testing kioscripting kioscripting_jsc
     TRFoundation TRFoundationUI
     trhost_effects trhost_support trhost_media trhost_devices trhost_frei0r trhost_avfilter trhost_ladspa
     trhost_ui trhost)

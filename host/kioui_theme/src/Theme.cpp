@@ -2,6 +2,7 @@
 
 #include <kiocore/debug/Trace.h>
 
+#include <array>
 #include <mutex>
 
 namespace kioui {
@@ -37,35 +38,40 @@ constexpr Color Grey(int inOf255)
     return {level, level, level};
 }
 
-/// Neutral greys, so that the surroundings do not tint what the eye sees in a picture.
+/// Colours of a theme, in the order of ColorRole.
+using Colors = std::array<Color, 8>;
+
 class OwnTheme final : public UnknownBase, public IThemeProvider {
 public:
-    OwnTheme(Color inBackground, Color inText) : mBackground(inBackground), mText(inText) {}
+    explicit OwnTheme(const Colors& inColors) : mColors(inColors) {}
 
     void* QueryMap(const CFUUIDBytes& inInterfaceID) override
     {
         return inInterfaceID == IThemeProvider::InterfaceID() ? static_cast<IThemeProvider*>(this)
                                                               : UnknownBase::QueryMap(inInterfaceID);
     }
-    Color GetColor(ColorRole inRole) const override
-    {
-        switch (inRole) {
-        case ColorRole::kContentBackground:
-            return mBackground;
-        case ColorRole::kContentText:
-            return mText;
-        }
-        return {};
-    }
+    Color GetColor(ColorRole inRole) const override { return mColors.at(static_cast<std::size_t>(inRole)); }
 
 private:
-    const Color mBackground;
-    const Color mText;
+    const Colors mColors;
 };
 
+constexpr Color OfBytes(int inRed, int inGreen, int inBlue)
+{
+    return {static_cast<float>(inRed) / 255, static_cast<float>(inGreen) / 255,
+            static_cast<float>(inBlue) / 255};
+}
+
+// Neutral greys, so that the surroundings do not tint what the eye sees in a picture; colour only for what is
+// selected or a link. Texts keep a contrast of at least 4.5 to what they stand on, disabled ones of 3.
+constexpr Colors kDark = {Grey(29),  Grey(217),           Grey(128), Grey(43),
+                          Grey(60),  OfBytes(38, 92, 158), Grey(255), OfBytes(107, 172, 245)};
+constexpr Colors kLight = {Grey(245), Grey(34),             Grey(128), Grey(232),
+                           Grey(250), OfBytes(31, 100, 184), Grey(255), OfBytes(0, 88, 178)};
+
 struct Themes {
-    const InterfaceRef<IThemeProvider> dark = MakeObject<OwnTheme>(Grey(29), Grey(217));
-    const InterfaceRef<IThemeProvider> light = MakeObject<OwnTheme>(Grey(245), Grey(34));
+    const InterfaceRef<IThemeProvider> dark = MakeObject<OwnTheme>(kDark);
+    const InterfaceRef<IThemeProvider> light = MakeObject<OwnTheme>(kLight);
     std::mutex lock; // guards what follows
     InterfaceRef<IThemeProvider> inUse;
 };
@@ -105,15 +111,36 @@ void ui::SetDefaultThemeProvider(const InterfaceRef<IThemeProvider>& inProvider)
     std::swap(themes.inUse, before);
 }
 
+namespace {
+
+Color ColorFrom(const InterfaceRef<IThemeProvider>& inProvider, const InterfaceRef<skins::ISkinSet>& inSkinSet,
+                ColorRole inRole)
+{
+    Color color;
+    return inSkinSet && inSkinSet->GetColor(inRole, color) ? color : inProvider->GetColor(inRole);
+}
+
+} // namespace
+
 Color skins::utilities::GetContentBackgroundColor(const InterfaceRef<IThemeProvider>& inProvider,
                                                   const InterfaceRef<ISkinSet>& inSkinSet)
 {
     KIO_HOST_CALL("kioui::skins::utilities::GetContentBackgroundColor");
-    Color color;
-    if (inSkinSet && inSkinSet->GetColor(ColorRole::kContentBackground, color)) {
-        return color;
-    }
-    return inProvider->GetColor(ColorRole::kContentBackground);
+    return ColorFrom(inProvider, inSkinSet, ColorRole::kContentBackground);
+}
+
+Color skins::utilities::GetDefaultTextColor(const InterfaceRef<IThemeProvider>& inProvider,
+                                            const InterfaceRef<ISkinSet>& inSkinSet)
+{
+    KIO_HOST_CALL("kioui::skins::utilities::GetDefaultTextColor");
+    return ColorFrom(inProvider, inSkinSet, ColorRole::kContentText);
+}
+
+Color skins::utilities::GetDefaultDisabledTextColor(const InterfaceRef<IThemeProvider>& inProvider,
+                                                    const InterfaceRef<ISkinSet>& inSkinSet)
+{
+    KIO_HOST_CALL("kioui::skins::utilities::GetDefaultDisabledTextColor");
+    return ColorFrom(inProvider, inSkinSet, ColorRole::kDisabledText);
 }
 
 } // namespace kioui

@@ -21,7 +21,13 @@ struct Color {
 /// What a colour is for.
 enum class ColorRole {
     kContentBackground, ///< behind pictures, lists and texts
-    kContentText,       ///< on kContentBackground
+    kContentText,       ///< on kContentBackground, kWindowBackground and kControlBackground
+    kDisabledText,      ///< on the same, for what cannot be used now
+    kWindowBackground,  ///< of windows and dialogs, around content
+    kControlBackground, ///< of buttons and column titles
+    kSelection,         ///< behind what is selected
+    kSelectedText,      ///< on kSelection
+    kLink,              ///< texts to be clicked, on kContentBackground and kWindowBackground
 };
 
 /// Colours of one window or control that differ from the theme's.
@@ -70,6 +76,11 @@ namespace skins::utilities {
 /// @throws null_reference_exception without a provider.
 KIO_EXPORT Color GetContentBackgroundColor(const InterfaceRef<ui::IThemeProvider>& inProvider,
                                            const InterfaceRef<ISkinSet>& inSkinSet);
+/// The colours of texts in the same way, for what can be used and for what cannot be used now.
+KIO_EXPORT Color GetDefaultTextColor(const InterfaceRef<ui::IThemeProvider>& inProvider,
+                                     const InterfaceRef<ISkinSet>& inSkinSet);
+KIO_EXPORT Color GetDefaultDisabledTextColor(const InterfaceRef<ui::IThemeProvider>& inProvider,
+                                             const InterfaceRef<ISkinSet>& inSkinSet);
 
 } // namespace skins::utilities
 } // namespace kioui

@@ -12,8 +12,8 @@ namespace devicetests {
 
 void FakeHardware::Open()
 {
-    if (mRefusal != 0) {
-        throw kiocore::kio_exception("the card refuses", mRefusal);
+    if (const std::uint32_t refusal = mRefusal; refusal != 0) { // read once: a test may take it back meanwhile
+        throw kiocore::kio_exception("the card refuses", refusal);
     }
     if (mIsOpen.exchange(true)) {
         throw kiocore::kio_exception("somebody has the card", kDevicesError_Busy);

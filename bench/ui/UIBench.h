@@ -1,0 +1,8 @@
+#pragma once
+
+/// The tables of bench_ui.
+namespace bench {
+
+void BenchBestFit();
+
+} // namespace bench

@@ -1,0 +1,43 @@
+#include <kioui/controls/MultiColumnTreeRow.h>
+
+#include "CellView.h"
+#include "TreeState.h"
+
+namespace kioui::controls {
+
+UI_CellView::~UI_CellView() = default;
+
+UI_MultiColumnTreeRow::Kept::Kept(bool inSelectable) : isSelectable(inSelectable) {}
+UI_MultiColumnTreeRow::Kept::~Kept() = default;
+
+UI_MultiColumnTreeRow::UI_MultiColumnTreeRow(bool inSelectable, UI_MultiColumnTree* inTree)
+    : mKept(inSelectable)
+{
+    if (inTree != nullptr) {
+        inTree->AppendRow(this, nullptr, true);
+    }
+}
+
+UI_MultiColumnTreeRow::~UI_MultiColumnTreeRow() = default;
+
+UI_CellView* UI_MultiColumnTreeRow::GetCellView(std::uint32_t inPosition)
+{
+    const int column = mKept.tree != nullptr ? mKept.tree->GetState().ColumnAt(inPosition) : -1;
+    if (column < 0) {
+        return nullptr;
+    }
+    if (!mKept.cells) {
+        mKept.cells = std::make_unique<Cells>();
+    }
+    auto& cells = mKept.cells->byColumn;
+    if (cells.size() <= std::size_t(column)) {
+        cells.resize(std::size_t(column) + 1);
+    }
+    CellViewPtr& cell = cells[std::size_t(column)];
+    if (!cell) {
+        cell = std::make_shared<CellView>(*this, column);
+    }
+    return cell.get();
+}
+
+} // namespace kioui::controls

@@ -1,0 +1,275 @@
+#include "TreeState.h"
+
+#include "SortOrder.h"
+#include "TreeView.h"
+#include "ui/NodeImpl.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <QTimer>
+
+#include <utility>
+
+namespace kioui::controls {
+namespace {
+
+/// Functions that change the tree each time they are called would keep it busy for ever.
+constexpr int kMostRounds = 20;
+
+} // namespace
+
+bool CellKeys::eventFilter(QObject*, QEvent* inEvent)
+{
+    if (inEvent->type() != QEvent::KeyPress || mTree.view == nullptr) {
+        return false;
+    }
+    auto& key = *static_cast<QKeyEvent*>(inEvent);
+    switch (key.key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+        mTree.view->PressKey(key);
+        return true;
+    default:
+        return false;
+    }
+}
+
+UI_MultiColumnTree::State::State(UI_MultiColumnTree& inTree, TreeView& inView)
+    : tree(inTree), view(&inView), model([this](UI_MultiColumnTreeRow* row, int column) {
+          const int position = PositionOf(column);
+          return cellText && position >= 0 ? ui::ToQt(cellText(row, std::uint32_t(position))) : QString();
+      }),
+      delegate(*this), cellKeys(*this), mouse(*this), rowsInView(*this), selection(*this)
+{
+    auto* header = new HeaderView(&inView);
+    inView.setHeader(header);
+    // Its own best fit asks Qt for texts that Qt does not draw.
+    QObject::disconnect(header, SIGNAL(sectionHandleDoubleClicked(int)), &inView, nullptr);
+    inView.setModel(&model);
+    inView.setItemDelegate(&delegate);
+    inView.SetTree(this);
+    const auto onMoved = [this] {
+        rowsInView.MarkDirty();
+        SettleUnlessInQt();
+    };
+    QObject::connect(header, &QHeaderView::sectionResized, &cellKeys, onMoved);
+    QObject::connect(header, &QHeaderView::sectionMoved, &cellKeys, [this, onMoved] {
+        view->viewport()->update();
+        onMoved();
+    });
+    QObject::connect(header, &QHeaderView::sortIndicatorChanged, &cellKeys, [this] { tree.SortTree(); });
+    header->SetBestFitFunction([this](int column) {
+        const std::uint32_t id = model.Columns()[std::size_t(column)].id;
+        if (bestFit) {
+            const UI_MultiColumnTreeHeaderRowPtr row = headerRow;
+            row->SetColumnWidth(id, row->GetBestFitWidth(id, false));
+        }
+    });
+}
+
+void UI_MultiColumnTree::State::Close()
+{
+    deferrals = 1; // nothing is laid out any more
+    appended.insert(appended.end(), model.Rows().begin(), model.Rows().end());
+    Drop(std::exchange(appended, {}));
+    if (view) {
+        view->SetTree(nullptr);
+        view->setItemDelegate(nullptr);
+        view->setModel(nullptr);
+    }
+}
+
+HeaderView* UI_MultiColumnTree::State::Header() const
+{
+    return view ? static_cast<HeaderView*>(view->header()) : nullptr;
+}
+
+QRect UI_MultiColumnTree::State::CellRect(const UI_MultiColumnTreeRow& inRow, int inColumn) const
+{
+    const HeaderView* header = Header();
+    if (header == nullptr || inRow.GetTree() != &tree || !model.Holds(inRow) || inColumn < 0 ||
+        inColumn >= header->count()) {
+        return {};
+    }
+    return {header->sectionViewportPosition(inColumn), view->TopOfRow(int(inRow.GetKept().index)),
+            header->sectionSize(inColumn), view->RowHeight()};
+}
+
+std::vector<int> UI_MultiColumnTree::State::ColumnsFromTheLeft() const
+{
+    std::vector<int> columns;
+    if (const HeaderView* header = Header()) {
+        for (int position = 0; position < header->count(); ++position) {
+            columns.push_back(header->logicalIndex(position));
+        }
+    }
+    return columns;
+}
+
+int UI_MultiColumnTree::State::ColumnAt(std::uint32_t inPosition) const
+{
+    const HeaderView* header = Header();
+    return header != nullptr && inPosition < std::uint32_t(header->count())
+               ? header->logicalIndex(int(inPosition))
+               : -1;
+}
+
+int UI_MultiColumnTree::State::PositionOf(int inColumn) const
+{
+    const HeaderView* header = Header();
+    return header != nullptr ? header->visualIndex(inColumn) : -1;
+}
+
+void UI_MultiColumnTree::State::Append(const UI_MultiColumnTreeRowPtr& inRow, bool inLayOut)
+{
+    inRow->GetKept().tree = &tree;
+    appended.push_back(inRow);
+    const HeaderView* header = Header();
+    if (header != nullptr && header->sortIndicatorSection() >= 0) {
+        LayOutSoon(); // one by one, each would sort all
+    } else if (inLayOut) {
+        LayOut();
+    } else {
+        LayOutSoon();
+    }
+}
+
+void UI_MultiColumnTree::State::Drop(const Rows& inRows)
+{
+    for (const UI_MultiColumnTreeRowPtr& row : inRows) {
+        RowsInView::Forget(*row);
+        row->GetKept().tree = nullptr;
+    }
+}
+
+void UI_MultiColumnTree::State::RemoveAll()
+{
+    if (!isCleared) {
+        isCleared = true;
+        Drop(Rows(model.Rows()));
+    }
+    Drop(std::exchange(appended, {}));
+    LayOut();
+}
+
+UI_MultiColumnTree::Rows UI_MultiColumnTree::State::RowsToBe()
+{
+    Rows rows = isCleared ? Rows() : model.Rows();
+    rows.insert(rows.end(), appended.begin(), appended.end());
+    const HeaderView* header = Header();
+    const int sorted = header->sortIndicatorSection();
+    if (sorted >= 0 && sortText) {
+        const auto function = sortText;
+        const auto position = std::uint32_t(PositionOf(sorted));
+        SortRows(
+            rows, [&](UI_MultiColumnTreeRow* row) { return function(row, position); },
+            header->sortIndicatorOrder() == Qt::AscendingOrder);
+    }
+    return rows;
+}
+
+void UI_MultiColumnTree::State::LayOut()
+{
+    if (deferrals > 0 || mIsLayingOut || !view) {
+        return;
+    }
+    mIsLayingOut = true;
+    for (int round = 0; round < kMostRounds && (isCleared || isToBeSorted || !appended.empty()); ++round) {
+        const bool isSorted = Header()->sortIndicatorSection() >= 0 && sortText;
+        if (!isCleared && !isSorted) {
+            isToBeSorted = false;
+            const ScQtCall call(*this);
+            model.Append(std::exchange(appended, {}));
+            rowsInView.MarkDirty();
+            continue;
+        }
+        const UI_MultiColumnTreePtr keep = &tree;
+        ++deferrals; // a function that is asked for a text may change the rows; that comes next then
+        Rows rows = RowsToBe();
+        --deferrals;
+        isCleared = false;
+        isToBeSorted = false;
+        appended.clear();
+        Show(std::move(rows));
+    }
+    mIsLayingOut = false;
+    SettleUnlessInQt();
+}
+
+void UI_MultiColumnTree::State::Show(Rows inRows)
+{
+    const ScQtCall call(*this);
+    const int across = view->horizontalScrollBar()->value();
+    const int down = view->verticalScrollBar()->value();
+    const UI_MultiColumnTreeRowPtr current = model.RowAt(view->currentIndex().row());
+    const Rows before = model.Rows();
+    model.Replace(std::move(inRows));
+    for (const UI_MultiColumnTreeRowPtr& row : before) {
+        if (row->GetTree() != &tree) {
+            RowSelection::Forget(*row);
+        }
+    }
+    view->doItemsLayout();
+    selection.Restore();
+    if (current && current->GetTree() == &tree) {
+        view->SetCurrentQuietly(model.index(int(current->GetKept().index), 0));
+    }
+    view->horizontalScrollBar()->setValue(across);
+    view->verticalScrollBar()->setValue(down);
+}
+
+void UI_MultiColumnTree::State::LayOutSoon()
+{
+    if (deferrals == 0 && view && !std::exchange(mIsLayOutDue, true)) {
+        QTimer::singleShot(0, &cellKeys, [this] {
+            mIsLayOutDue = false;
+            LayOut();
+        });
+    }
+}
+
+void UI_MultiColumnTree::State::SettleUnlessInQt()
+{
+    if (callsIntoQt == 0 && deferrals == 0 && !mIsLayingOut && !mIsSettling) {
+        Settle();
+    }
+}
+
+void UI_MultiColumnTree::State::Settle()
+{
+    if (!rowsInView.IsDirty() && !selection.HasNews()) {
+        return;
+    }
+    const UI_MultiColumnTreePtr keep = &tree;
+    const ui::ScWidgetEvent scope;
+    mIsSettling = true;
+    for (int round = 0; round < kMostRounds && (rowsInView.IsDirty() || selection.HasNews()); ++round) {
+        if (rowsInView.IsDirty()) {
+            rowsInView.Update();
+        }
+        selection.Tell();
+    }
+    mIsSettling = false;
+    if (rowsInView.IsDirty() || selection.HasNews()) {
+        SettleSoon();
+    }
+}
+
+void UI_MultiColumnTree::State::SettleSoon()
+{
+    if (view && !std::exchange(mIsSettleDue, true)) {
+        QTimer::singleShot(0, &cellKeys, [this] {
+            mIsSettleDue = false;
+            SettleUnlessInQt();
+        });
+    }
+}
+
+} // namespace kioui::controls

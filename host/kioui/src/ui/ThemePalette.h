@@ -1,0 +1,14 @@
+#pragma once
+
+#include <kioui_theme/Theme.h>
+
+#include <QColor>
+#include <QPalette>
+
+namespace kioui::ui {
+
+QColor ToQt(const skins::Color& inColor);
+/// The theme's colours where Qt's own controls look for them.
+QPalette PaletteOf(const InterfaceRef<IThemeProvider>& inProvider);
+
+} // namespace kioui::ui
