@@ -29,17 +29,28 @@ std::size_t ColumnsOf(const std::string& inText)
     return columns;
 }
 
+/// A heading as the library wants it, which puts the colon behind it; some languages have a blank before
+/// that.
+std::string Heading(std::string_view inText)
+{
+    std::string heading = Shown(inText);
+    if (heading.ends_with(':')) {
+        heading.pop_back();
+    }
+    return heading;
+}
+
 /// Help in the language of the reader, whose letters may take more bytes than columns.
 class HelpFormatter : public CLI::Formatter {
 public:
     HelpFormatter()
     {
         column_width(34);
-        label("Usage", Shown("$$$/Halcyon/TrHost/Help/Usage=Usage"));
+        label("Usage", Heading("$$$/Halcyon/TrHost/Help/Usage=Usage:"));
         label("OPTIONS", Shown("$$$/Halcyon/TrHost/Help/UsageOptions=OPTIONS"));
         label("SUBCOMMAND", Shown("$$$/Halcyon/TrHost/Help/UsageCommand=SUBCOMMAND"));
         label("SUBCOMMANDS", Shown("$$$/Halcyon/TrHost/Help/UsageCommands=SUBCOMMANDS"));
-        label("Positionals", Shown("$$$/Halcyon/TrHost/Help/Arguments=Positionals"));
+        label("Positionals", Heading("$$$/Halcyon/TrHost/Help/Arguments=Positionals:"));
         label("REQUIRED", Shown("$$$/Halcyon/TrHost/Help/Required=REQUIRED"));
         label("Needs", Shown("$$$/Halcyon/TrHost/Help/Needs=Needs"));
         label("Excludes", Shown("$$$/Halcyon/TrHost/Help/Excludes=Excludes"));
@@ -49,7 +60,7 @@ public:
                            std::vector<const CLI::Option*> inOptions) const override
     {
         const std::string title =
-            inGroup == "Options" ? Shown("$$$/Halcyon/TrHost/Help/Options=Options") : inGroup;
+            inGroup == "Options" ? Heading("$$$/Halcyon/TrHost/Help/Options=Options:") : inGroup;
         return Formatter::make_group(title, inIsPositional, inOptions);
     }
 
@@ -62,7 +73,7 @@ public:
                          : make_subcommand(command);
         }
         return lines.empty() ? lines
-                             : "\n" + Shown("$$$/Halcyon/TrHost/Help/Commands=Subcommands") + ":\n" + lines;
+                             : "\n" + Shown("$$$/Halcyon/TrHost/Help/Commands=Subcommands:") + "\n" + lines;
     }
 
     std::string make_subcommand(const CLI::App* inCommand) const override
