@@ -36,6 +36,8 @@ std::string ExamplesAndStatuses()
                {"trhost effects list",
                 "$$$/Halcyon/TrHost/Help/Examples/Effects=the effect plug-ins of this machine"},
                {"trhost effects run frei0r.glow in.png out.png"},
+               {"trhost effects manage",
+                "$$$/Halcyon/TrHost/Help/Examples/Manage=search them, switch them on and off"},
                {"source <(trhost completion bash)"},
            }) +
            "\n\n" +
@@ -100,7 +102,7 @@ public:
               "runs effects on them.",
               ExamplesAndStatuses(), ProgramVersion()),
           mMedia(mGrammar.Root()), mAssets(mGrammar.Root()), mPictures(mGrammar.Root()),
-          mDevices(mGrammar.Root()), mEffects(mGrammar.Root())
+          mDevices(mGrammar.Root()), mEffects(mGrammar.Root()), mDialogs(mGrammar.Root())
     {
         AddGlobalOptions(mGrammar.Root(), mOptions);
         mGrammar.Root()
@@ -138,6 +140,7 @@ private:
     PictureCommands mPictures;
     DeviceCommands mDevices;
     EffectCommands mEffects;
+    DialogCommands mDialogs;
 };
 
 } // namespace

@@ -21,12 +21,6 @@ void Append(UTF16String& ioList, const UTF16String& inText)
     ioList += (ioList.empty() ? u"" : u", ") + inText;
 }
 
-int CrashesOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes)
-{
-    const auto found = inCrashes.find(inEffect.description.matchName);
-    return found == inCrashes.end() ? 0 : found->second;
-}
-
 /// Why it cannot run; empty when it can.
 std::string ReasonOf(const CatalogueEffect& inEffect)
 {
@@ -34,6 +28,17 @@ std::string ReasonOf(const CatalogueEffect& inEffect)
 }
 
 } // namespace
+
+int CrashesOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes)
+{
+    const auto found = inCrashes.find(inEffect.description.matchName);
+    return found == inCrashes.end() ? 0 : found->second;
+}
+
+UTF16String KindText(effects::EffectKind inKind)
+{
+    return Text(TextOf(inKind));
+}
 
 UTF16String TypeNames(const CatalogueEffect& inEffect)
 {

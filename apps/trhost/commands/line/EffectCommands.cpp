@@ -49,6 +49,15 @@ EffectCommands::EffectCommands(CommandGrammar inRoot)
 
     effects.Add("list", "$$$/Halcyon/TrHost/Help/Effects/List=Print all effects, one a line",
                 [this](Context& ioContext) { return EffectsList(ioContext, mSearch); });
+    const CommandGrammar manage = effects.Add(
+        "manage",
+        "$$$/Halcyon/TrHost/Help/Effects/Manage=Search effects and switch them on and off in a window",
+        [this](Context& ioContext) { return EffectsManage(ioContext, mSearch, mManage); });
+    AddLook(manage, mManage);
+    manage.Footer(
+        Shown("$$$/Halcyon/TrHost/Help/Effects/Manage/AfterCrash=After a crash it opens with the effect that "
+              "was running then.") +
+        "\n\n" + Examples({{"trhost effects manage --theme light"}}));
     AddQuestions(effects);
     AddSwitches(effects);
     AddRuns(effects);

@@ -113,15 +113,15 @@ void MediaCommands::AddCacheCare(CommandGrammar inCache)
     const CommandGrammar clean = inCache.Add(
         "clean",
         "$$$/Halcyon/TrHost/Help/Cache/Clean=Remove the cache files of media that changed or is gone",
-        [this](Context& ioContext) { return CacheClean(ioContext, mDryRun); });
-    AddDryRun(clean, mDryRun);
+        [this](Context& ioContext) { return CacheClean(ioContext, mClean); });
+    AddInWindow(clean, mClean.inWindow).Excludes(AddDryRun(clean, mClean.dryRun));
 
     const CommandGrammar deleteAll = inCache.Add(
         "delete-all",
         "$$$/Halcyon/TrHost/Help/Cache/DeleteAll=Remove all records, cache, metadata and peak files",
         [this](Context& ioContext) { return CacheDeleteAll(ioContext, mDeleteAll); });
     deleteAll.Flag("-y,--yes", mDeleteAll.yes, "$$$/Halcyon/TrHost/Help/Cache/DeleteAll/Yes=Do not ask");
-    AddDryRun(deleteAll, mDeleteAll.dryRun);
+    AddInWindow(deleteAll, mDeleteAll.inWindow).Excludes(AddDryRun(deleteAll, mDeleteAll.dryRun));
 
     const CommandGrammar prune = inCache.Add(
         "prune", "$$$/Halcyon/TrHost/Help/Cache/Prune=Remove the cache files that were not used for longest",

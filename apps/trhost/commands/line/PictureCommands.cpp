@@ -89,6 +89,9 @@ PictureCommands::PictureCommands(CommandGrammar inRoot)
     frame.Flag("--strict", mFrame.strict,
                "$$$/Halcyon/TrHost/Help/Frame/Strict=Fail when the media is offline (default: write the "
                "still for that)");
+    frame.Flag(
+        "--ui", mFrame.inWindow,
+        "$$$/Halcyon/TrHost/Help/Frame/Ui=Tell in a window where to find a plug-in that the media needs");
     AddFrameForm(frame, mFrame.form,
                  "$$$/Halcyon/TrHost/Help/Frame/Size=Scale to this size (default: the picture's own)");
     frame.Footer(Examples({{"trhost frame clip.mov --at 00:00:01.5 --size 960x540 -o still.png"}}));
