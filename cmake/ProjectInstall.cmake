@@ -60,4 +60,5 @@ foreach(package TRFoundation TRFoundationUI)
 endforeach()
 
 # Resources lie in the build tree as they will in the installed one; whatever a target puts there is installed.
-install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL
+    PATTERN qps.mo EXCLUDE) # the pseudo-language is for tests

@@ -27,8 +27,8 @@ public:
         PostNewMessageToUIThread<ZOL::UpdateOperationProgressMessage>(mStation, kOnTheWay);
         PostNewMessageToUIThread<ZOL::UpdateOperationDescriptionMessage>(
             mStation,
-            Text("$$$/Halcyon/TrHost/Standing/File=@0#{@0: path of a file}",
-                 {u"/media/projects/documentary/day 07/A-camera/interview-with-the-lighthouse-keeper.mov"}));
+            UTF16String(
+                u"/media/projects/documentary/day 07/A-camera/interview-with-the-lighthouse-keeper.mov"));
         return 0;
     }
     int Abort() override

@@ -76,16 +76,16 @@ Decoded Decode(const FrameOptions& inOptions)
         decoded.picture = reader->FrameAt(time, InterruptCancel());
         return decoded;
     } catch (const kiocore::file_exception& error) {
-        decoded.offlineReason = error.Text();
+        decoded.offlineReason = Told(error);
     } catch (const kiocore::kio_exception& error) {
         if (error.Code() != media::kMediaError_NotMedia &&
             error.Code() != media::kMediaError_NothingDecoded) {
             throw;
         }
         if (error.Code() == media::kMediaError_NotMedia && IsReadable(module, inOptions.media)) {
-            throw Failure(kExit_Negative, error.Text());
+            throw Failure(kExit_Negative, Told(error));
         }
-        decoded.offlineReason = error.Text();
+        decoded.offlineReason = Told(error);
     }
     if (inOptions.strict) {
         throw Failure(kExit_Failed, decoded.offlineReason);

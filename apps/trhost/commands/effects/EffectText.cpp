@@ -1,6 +1,7 @@
 #include "EffectText.h"
 
 #include "../../support/Failure.h"
+#include "../../support/KeptText.h"
 
 #include <TR/EffectEnablement.h>
 #include <kiocore/filesupport/NativePath.h>
@@ -23,7 +24,7 @@ void Append(UTF16String& ioList, const UTF16String& inText)
 /// Why it cannot run; empty when it can.
 std::string ReasonOf(const CatalogueEffect& inEffect)
 {
-    return inEffect.failure.empty() ? inEffect.description.refusal : inEffect.failure;
+    return ToldText(inEffect.failure.empty() ? inEffect.description.refusal : inEffect.failure);
 }
 
 } // namespace
@@ -36,17 +37,7 @@ int CrashesOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes)
 
 UTF16String KindText(effects::EffectKind inKind)
 {
-    switch (inKind) {
-    case effects::EffectKind::kVideoFilter:
-        return Text("$$$/Halcyon/TrHost/Kind/VideoFilter=video filter");
-    case effects::EffectKind::kTransition:
-        return Text("$$$/Halcyon/TrHost/Kind/Transition=transition");
-    case effects::EffectKind::kGenerator:
-        return Text("$$$/Halcyon/TrHost/Kind/Generator=generator");
-    case effects::EffectKind::kAudioFilter:
-        return Text("$$$/Halcyon/TrHost/Kind/AudioFilter=audio filter");
-    }
-    return {};
+    return Text(TextOf(inKind));
 }
 
 UTF16String TypeNames(const CatalogueEffect& inEffect)
@@ -79,7 +70,7 @@ UTF16String LineOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrash
 {
     UTF16String line = ToUTF16(inEffect.description.matchName) + u"  " +
                        ToUTF16(inEffect.description.displayName) + u"  (" +
-                       ToUTF16(NameOf(inEffect.description.kind)) + u")";
+                       Text(TextOf(inEffect.description.kind)) + u")";
     if (const UTF16String types = TypeNames(inEffect); !types.empty()) {
         line += u"  " + types;
     }

@@ -12,37 +12,50 @@ const std::vector<std::string> kDialogNames = {"effects-manage", "restart-prompt
 
 void AddLook(CommandGrammar inCommand, DialogOptions& outOptions)
 {
-    inCommand.Option("--theme", outOptions.theme, "Colours: dark or light (default: the preference)")
+    inCommand
+        .Option("--theme", outOptions.theme,
+                "$$$/Halcyon/TrHost/Help/Look/Theme=Colours: dark or light (default: the preference)")
         .OneOf({"dark", "light"})
         .Type("THEME");
     inCommand
-        .ParsedInto("--scale", "Device pixels per unit (default: the desktop's)", "a number from 0.5 to 4",
-                    &ParseScale, outOptions.scale)
+        .ParsedInto(
+            "--scale", "$$$/Halcyon/TrHost/Help/Look/Scale=Device pixels per unit (default: the desktop's)",
+            "$$$/Halcyon/TrHost/Help/Expected/Scale=a number from 0.5 to 4", &ParseScale, outOptions.scale)
         .Type("FACTOR");
 }
 
 OptionGrammar AddInWindow(CommandGrammar inCommand, bool& outFlag)
 {
-    return inCommand.Flag("--ui", outFlag, "Show the progress in a window");
+    return inCommand.Flag("--ui", outFlag, "$$$/Halcyon/TrHost/Help/Ui=Show the progress in a window");
 }
 
 DialogCommands::DialogCommands(CommandGrammar inRoot)
 {
-    const CommandGrammar group = inRoot.Add("ui", "Show dialogs to test scripts instead of people");
-    group.Footer("Dialogs are effects-manage, restart-prompt, progress and redirect. Without a display, "
-                 "QT_QPA_PLATFORM=offscreen draws into memory.\n\nExamples:\n"
-                 "  trhost ui dump restart-prompt\n"
-                 "  trhost ui screenshot effects-manage manager.png --scale 2 --theme light\n"
-                 "  trhost ui drive effects-manage search.ui");
+    const CommandGrammar group =
+        inRoot.Add("ui", "$$$/Halcyon/TrHost/Help/Dialogs=Show dialogs to test scripts instead of people");
+    group.Footer(
+        Shown("$$$/Halcyon/TrHost/Help/Dialogs/Names=Dialogs are @0 and @1. Without a display, @2 draws into "
+              "memory.#{@0 and @1: names to be typed}",
+              {u"effects-manage, restart-prompt, progress", u"redirect", u"QT_QPA_PLATFORM=offscreen"}) +
+        "\n\n" +
+        Examples({{"trhost ui dump restart-prompt"},
+                  {"trhost ui screenshot effects-manage manager.png --scale 2 --theme light"},
+                  {"trhost ui drive effects-manage search.ui"}}));
 
-    AddAttendance(group, "dump", "Print what a dialog is made of, as JSON", ui::Attendance::kDump);
-    AddAttendance(group, "screenshot", "Write a dialog's picture", ui::Attendance::kScreenshot)
-        .Option("file", mDialog.dialog.file, "File to write: .png; replaced if there")
+    AddAttendance(group, "dump",
+                  "$$$/Halcyon/TrHost/Help/Dialogs/Dump=Print what a dialog is made of, as JSON",
+                  ui::Attendance::kDump);
+    AddAttendance(group, "screenshot", "$$$/Halcyon/TrHost/Help/Dialogs/Screenshot=Write a dialog's picture",
+                  ui::Attendance::kScreenshot)
+        .Option("file", mDialog.dialog.file,
+                "$$$/Halcyon/TrHost/Help/Dialogs/Screenshot/File=File to write: .png; replaced if there")
         .Required()
         .Type("FILE");
-    AddAttendance(group, "drive", "Use a dialog with a script of mouse and key events",
+    AddAttendance(group, "drive",
+                  "$$$/Halcyon/TrHost/Help/Dialogs/Drive=Use a dialog with a script of mouse and key events",
                   ui::Attendance::kScript)
-        .Option("script", mDialog.dialog.file, "File with one event a line")
+        .Option("script", mDialog.dialog.file,
+                "$$$/Halcyon/TrHost/Help/Dialogs/Drive/Script=File with one event a line")
         .Required()
         .Type("SCRIPT");
 }
@@ -55,13 +68,19 @@ CommandGrammar DialogCommands::AddAttendance(CommandGrammar inGroup, const char*
             mDialog.dialog.attendance = inAttendance;
             return ShowDialog(ioContext, mDialog);
         });
-    command.Option("name", mDialog.name, "Dialog").Required().OneOf(kDialogNames).Type("NAME");
+    command.Option("name", mDialog.name, "$$$/Halcyon/TrHost/Help/Dialogs/Name=Dialog")
+        .Required()
+        .OneOf(kDialogNames)
+        .Type("NAME");
     command
-        .Option("--plugins", mDialog.search.folders, "Look for plug-ins in this folder too; may be repeated")
+        .Option(
+            "--plugins", mDialog.search.folders,
+            "$$$/Halcyon/TrHost/Help/Effects/Plugins=Look for plug-ins in this folder too; may be repeated")
         .Type("DIR")
         .Repeatable();
-    command.Flag("--another-app", mDialog.changedInAnotherApp,
-                 "The restart prompt after changes in another application");
+    command.Flag(
+        "--another-app", mDialog.changedInAnotherApp,
+        "$$$/Halcyon/TrHost/Help/Dialogs/AnotherApp=The restart prompt after changes in another application");
     AddLook(command, mDialog.dialog);
     return command;
 }

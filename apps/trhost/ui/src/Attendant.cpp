@@ -1,5 +1,6 @@
 #include "Attendant.h"
 
+#include "../../support/KeptText.h"
 #include "InterruptWatch.h"
 
 #include <kiocore/config/Errors.h>
@@ -29,7 +30,8 @@ kioui::UI_OSWindow& FrontWindow()
     kioui::ui::ScApplication::RunPending(); // what was posted to it before, and its first layout
     const auto windows = ShownWindows();
     if (windows.empty()) {
-        throw kiocore::kio_exception("there is no dialog to look at", kiocore::kError_Generic);
+        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/NoDialog=there is no dialog to look at"),
+                                     kiocore::kError_Generic);
     }
     return *windows.front();
 }

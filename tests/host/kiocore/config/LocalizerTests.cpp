@@ -103,6 +103,44 @@ TEST(Localizer, TakesTheNearestCatalogue)
     EXPECT_EQ(Localizer::GetLanguage(), "en");
 }
 
+TEST(Localizer, AddsTheTextsOfLibraries)
+{
+    support::TemporaryFolder folder;
+    const auto write = [&](const char* inName, const char* inGo, const char* inKey) {
+        const auto path = folder / inName;
+        std::filesystem::create_directories(path.parent_path());
+        support::WriteFile(path, MakeCatalogue({{"App/Go\x04Go", inGo}, {inKey, inGo}}));
+    };
+    write("app/de.mo", "Los", "App/Only\x04Only");
+    write("library/de.mo", "Weiter", "Library/Only\x04Only");
+    write("library/de_AT.mo", "Gemma", "Library/Only\x04Only");
+    write("library/fr.mo", "Allez", "Library/Only\x04Only");
+    const std::string app = (folder / "app").native();
+    const std::string library = (folder / "library").native();
+    const auto go = [] { return Localizer::GetText("$$$/App/Go=Go"); };
+    const auto only = [] { return Localizer::GetText("$$$/Library/Only=Only"); };
+
+    ASSERT_EQ(Localizer::SetLanguage("de_AT", app), 0);
+    EXPECT_EQ(Localizer::AddTexts(app + "/none"), -1);
+    EXPECT_EQ(Localizer::AddTexts(library), 0);
+    EXPECT_EQ(go(), u"Los") << "the application's own comes first";
+    EXPECT_EQ(only(), u"Gemma") << "each folder gives the nearest that it has";
+    EXPECT_EQ(Localizer::GetLanguage(), "de");
+
+    ASSERT_EQ(Localizer::SetLanguage("de", app), 0);
+    EXPECT_EQ(only(), u"Only") << "setting the language begins anew";
+
+    ASSERT_EQ(Localizer::SetLanguage("fr", app), -1);
+    EXPECT_EQ(Localizer::AddTexts(library), 0);
+    EXPECT_EQ(only(), u"Only") << "an application without French stays in one language";
+
+    ASSERT_EQ(Localizer::SetLanguage("de", app), 0);
+    support::WriteFile(folder / "library" / "de.mo", "no catalogue");
+    EXPECT_THROW(Localizer::AddTexts(library), kiocore::kio_exception);
+    EXPECT_EQ(go(), u"Los");
+    Localizer::SetLanguage("en", "");
+}
+
 TEST(CompareUnderDefaultLocale, OrdersAsADictionaryAndTellsAllTextsApart)
 {
     const UTF16String lone{0xD800};
