@@ -29,6 +29,7 @@ constexpr const char* kExamples =
     "  trhost record take1.wav                     until Ctrl-C\n"
     "  trhost effects list                         the effect plug-ins of this machine\n"
     "  trhost effects run frei0r.glow in.png out.png\n"
+    "  trhost effects manage                       search them, switch them on and off\n"
     "  source <(trhost completion bash)\n"
     "\n"
     "Exit status: 0 done, 1 a negative answer (not found, stale, differs), 2 wrong usage, 3 failed.";
@@ -68,7 +69,7 @@ public:
         : mGrammar("Conforms media files, keeps track of their cache files, and runs effects on them.",
                    kExamples, ProgramVersion()),
           mMedia(mGrammar.Root()), mAssets(mGrammar.Root()), mPictures(mGrammar.Root()),
-          mDevices(mGrammar.Root()), mEffects(mGrammar.Root())
+          mDevices(mGrammar.Root()), mEffects(mGrammar.Root()), mDialogs(mGrammar.Root())
     {
         AddGlobalOptions(mGrammar.Root(), mOptions);
         mGrammar.Root()
@@ -106,6 +107,7 @@ private:
     PictureCommands mPictures;
     DeviceCommands mDevices;
     EffectCommands mEffects;
+    DialogCommands mDialogs;
 };
 
 } // namespace

@@ -20,12 +20,6 @@ void Append(UTF16String& ioList, const UTF16String& inText)
     ioList += (ioList.empty() ? u"" : u", ") + inText;
 }
 
-int CrashesOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes)
-{
-    const auto found = inCrashes.find(inEffect.description.matchName);
-    return found == inCrashes.end() ? 0 : found->second;
-}
-
 /// Why it cannot run; empty when it can.
 std::string ReasonOf(const CatalogueEffect& inEffect)
 {
@@ -33,6 +27,27 @@ std::string ReasonOf(const CatalogueEffect& inEffect)
 }
 
 } // namespace
+
+int CrashesOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes)
+{
+    const auto found = inCrashes.find(inEffect.description.matchName);
+    return found == inCrashes.end() ? 0 : found->second;
+}
+
+UTF16String KindText(effects::EffectKind inKind)
+{
+    switch (inKind) {
+    case effects::EffectKind::kVideoFilter:
+        return Text("$$$/Halcyon/TrHost/Kind/VideoFilter=video filter");
+    case effects::EffectKind::kTransition:
+        return Text("$$$/Halcyon/TrHost/Kind/Transition=transition");
+    case effects::EffectKind::kGenerator:
+        return Text("$$$/Halcyon/TrHost/Kind/Generator=generator");
+    case effects::EffectKind::kAudioFilter:
+        return Text("$$$/Halcyon/TrHost/Kind/AudioFilter=audio filter");
+    }
+    return {};
+}
 
 UTF16String TypeNames(const CatalogueEffect& inEffect)
 {

@@ -40,6 +40,12 @@ EffectCommands::EffectCommands(CommandGrammar inRoot)
 
     effects.Add("list", "Print all effects, one a line",
                 [this](Context& ioContext) { return EffectsList(ioContext, mSearch); });
+    const CommandGrammar manage =
+        effects.Add("manage", "Search effects and switch them on and off in a window",
+                    [this](Context& ioContext) { return EffectsManage(ioContext, mSearch, mManage); });
+    AddLook(manage, mManage);
+    manage.Footer("After a crash it opens with the effect that was running then.\n\n"
+                  "Example:\n  trhost effects manage --theme light");
     AddQuestions(effects);
     AddSwitches(effects);
     AddRuns(effects);

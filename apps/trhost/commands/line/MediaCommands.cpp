@@ -83,14 +83,14 @@ void MediaCommands::AddCacheCare(CommandGrammar inCache)
 {
     const CommandGrammar clean =
         inCache.Add("clean", "Remove the cache files of media that changed or is gone",
-                    [this](Context& ioContext) { return CacheClean(ioContext, mDryRun); });
-    AddDryRun(clean, mDryRun);
+                    [this](Context& ioContext) { return CacheClean(ioContext, mClean); });
+    AddInWindow(clean, mClean.inWindow).Excludes(AddDryRun(clean, mClean.dryRun));
 
     const CommandGrammar deleteAll =
         inCache.Add("delete-all", "Remove all records, cache, metadata and peak files",
                     [this](Context& ioContext) { return CacheDeleteAll(ioContext, mDeleteAll); });
     deleteAll.Flag("-y,--yes", mDeleteAll.yes, "Do not ask");
-    AddDryRun(deleteAll, mDeleteAll.dryRun);
+    AddInWindow(deleteAll, mDeleteAll.inWindow).Excludes(AddDryRun(deleteAll, mDeleteAll.dryRun));
 
     const CommandGrammar prune =
         inCache.Add("prune", "Remove the cache files that were not used for longest",

@@ -67,6 +67,7 @@ PictureCommands::PictureCommands(CommandGrammar inRoot)
         .Type("N");
     frame.Flag("--strict", mFrame.strict,
                "Fail when the media is offline (default: write the still for that)");
+    frame.Flag("--ui", mFrame.inWindow, "Tell in a window where to find a plug-in that the media needs");
     AddFrameForm(frame, mFrame.form, "Scale to this size (default: the picture's own)");
     frame.Footer("Example: trhost frame clip.mov --at 00:00:01.5 --size 960x540 -o still.png");
 

@@ -3,18 +3,19 @@
 #include "ui/NodeImpl.h"
 
 #include <QCheckBox>
+#include <QSignalBlocker>
 
 namespace kioui::controls {
 
-using ui::FromQt;
-using ui::ToQt;
+using ui::FromButtonText;
+using ui::ToButtonText;
 using ui::WidgetOf;
 
 UI_Checkbox::UI_Checkbox(const UTF16String& inText)
-    : UI_Control(ui::NewImpl<QCheckBox>("UI_Checkbox", ToQt(inText)))
+    : UI_Control(ui::NewImpl<QCheckBox>("UI_Checkbox", ToButtonText(inText)))
 {
-    // Clicked, not toggled: only what a person does is a change.
-    QObject::connect(WidgetOf<QCheckBox>(*this), &QCheckBox::clicked, GetImpl().watcher.get(),
+    // Toggled, not clicked: a screen reader toggles without a click.
+    QObject::connect(WidgetOf<QCheckBox>(*this), &QCheckBox::toggled, GetImpl().watcher.get(),
                      [this] { NotifyChanged(); });
 }
 
@@ -23,7 +24,7 @@ UI_Checkbox::~UI_Checkbox() = default;
 UTF16String UI_Checkbox::GetText() const
 {
     const auto* box = WidgetOf<QCheckBox>(*this);
-    return box != nullptr ? FromQt(box->text()) : UTF16String();
+    return box != nullptr ? FromButtonText(box->text()) : UTF16String();
 }
 
 bool UI_Checkbox::IsChecked() const
@@ -35,6 +36,7 @@ bool UI_Checkbox::IsChecked() const
 void UI_Checkbox::SetChecked(bool inChecked)
 {
     if (auto* box = WidgetOf<QCheckBox>(*this)) {
+        const QSignalBlocker blocker(box); // only what a person does is a change
         box->setChecked(inChecked);
     }
 }

@@ -14,14 +14,19 @@ void UI_Control::SetChangedFunction(ChangedFunction inFunction)
 
 void UI_Control::NotifyChanged()
 {
-    if (!mChanged) {
+    Notify(mChanged);
+}
+
+void UI_Control::Notify(const ChangedFunction& inFunction)
+{
+    if (!inFunction) {
         return;
     }
-    const ui::ScWidgetEvent event;
+    const ui::ScWidgetEvent event(GetImpl().widget);
     const ui::UI_NodePtr keep = this;
-    const ChangedFunction function = mChanged; // it may set another
+    const ChangedFunction function = inFunction; // it may set another
     UI_ControlChangedMessage message(this);
-    function(&message);
+    ui::CallHost("The changed function of a control", [&] { function(&message); });
 }
 
 } // namespace kioui::controls

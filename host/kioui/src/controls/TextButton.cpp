@@ -6,12 +6,12 @@
 
 namespace kioui::controls {
 
-using ui::FromQt;
-using ui::ToQt;
+using ui::FromButtonText;
+using ui::ToButtonText;
 using ui::WidgetOf;
 
 UI_TextButton::UI_TextButton(const UTF16String& inText)
-    : UI_Control(ui::NewImpl<QPushButton>("UI_TextButton", ToQt(inText)))
+    : UI_Control(ui::NewImpl<QPushButton>("UI_TextButton", ToButtonText(inText)))
 {
     QObject::connect(WidgetOf<QPushButton>(*this), &QPushButton::clicked, GetImpl().watcher.get(),
                      [this] { NotifyChanged(); });
@@ -22,13 +22,13 @@ UI_TextButton::~UI_TextButton() = default;
 UTF16String UI_TextButton::GetText() const
 {
     const auto* button = WidgetOf<QPushButton>(*this);
-    return button != nullptr ? FromQt(button->text()) : UTF16String();
+    return button != nullptr ? FromButtonText(button->text()) : UTF16String();
 }
 
 void UI_TextButton::SetText(const UTF16String& inText)
 {
     if (auto* button = WidgetOf<QPushButton>(*this)) {
-        button->setText(ToQt(inText));
+        button->setText(ToButtonText(inText));
     }
 }
 

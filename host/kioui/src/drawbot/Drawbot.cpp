@@ -12,10 +12,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace kioui::drawbot {
 namespace {
 
+constexpr std::size_t kMostFonts = 8;
 constexpr float kLargestFont = 4096; // beyond, not even one letter fits a screen
 
 class MeasuringDrawbot final : public Drawbot {
@@ -44,18 +46,45 @@ public:
         if (!(inSize > 0) || !std::isfinite(inSize)) {
             return {};
         }
-        QFont font = QApplication::font();
-        if (!inName.empty()) {
-            font.setFamily(ui::ToQt(inName));
+        const QFont font = MakeFont(inName, inSize);
+        if (FontRef kept = Find(font)) {
+            return kept;
         }
-        font.setPixelSize(std::max(int(std::round(std::min(inSize, kLargestFont))), 1));
-        return std::make_shared<const QtFont>(font);
+        mFonts.push_back(std::make_shared<const QtFont>(font));
+        return mFonts.back();
     }
     std::unique_ptr<Drawbot> NewMeasuringDrawbot() const override
     {
         KIO_HOST_CALL("kioui::drawbot::SupplierInterface::NewMeasuringDrawbot");
         return std::make_unique<MeasuringDrawbot>();
     }
+
+private:
+    static QFont MakeFont(UTF16View inName, float inSize)
+    {
+        QFont font = QApplication::font();
+        if (!inName.empty()) {
+            font.setFamily(ui::ToQt(inName));
+        }
+        font.setPixelSize(std::max(int(std::round(std::min(inSize, kLargestFont))), 1));
+        font.setKerning(false);
+        return font;
+    }
+    FontRef Find(const QFont& inFont) const
+    {
+        const auto found = std::find_if(mFonts.begin(), mFonts.end(),
+                                        [&](const auto& inKept) { return inKept->GetFont() == inFont; });
+        if (found != mFonts.end()) {
+            return *found;
+        }
+        if (mFonts.size() >= kMostFonts) {
+            mFonts.erase(mFonts.begin());
+        }
+        return {};
+    }
+
+    // Kept, as callers ask for the same few again and again, and fonts remember the widths of their letters.
+    mutable std::vector<std::shared_ptr<const QtFont>> mFonts;
 };
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "QtFont.h"
 
+#include "TextWidths.h"
+
 #include "ui/NodeImpl.h"
 
 #include <QApplication>
@@ -22,6 +24,14 @@ QtFont::~QtFont() = default;
 float QtFont::MeasureWidth(UTF16View inText) const
 {
     return float(mMetrics.horizontalAdvance(ui::ToQt(inText)));
+}
+
+TextWidths& QtFont::GetWidths() const
+{
+    if (!mWidths) {
+        mWidths = std::make_unique<TextWidths>(mFont);
+    }
+    return *mWidths;
 }
 
 const QFont& FontOf(const drawbot::Font& inFont)

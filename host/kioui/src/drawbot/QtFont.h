@@ -9,6 +9,8 @@
 
 namespace kioui::drawbot {
 
+class TextWidths;
+
 /// Measures with Qt's own metrics, so that widgets in the same font are as wide.
 ///
 /// Threading: UI thread only.
@@ -24,10 +26,13 @@ public:
 
     const QFont& GetFont() const { return mFont; }
     const QFontMetricsF& GetMetrics() const { return mMetrics; }
+    /// What is remembered of the font's letters; valid as long as the font.
+    TextWidths& GetWidths() const;
 
 private:
     const QFont mFont;
     const QFontMetricsF mMetrics;
+    mutable std::unique_ptr<TextWidths> mWidths;
 };
 
 /// The font for a widget or a painter; the user interface's own for fonts that are not ours.

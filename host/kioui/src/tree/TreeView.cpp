@@ -107,7 +107,7 @@ bool TreeView::event(QEvent* inEvent)
     if (mTree == nullptr) {
         return QTreeView::event(inEvent);
     }
-    const ui::ScWidgetEvent scope;
+    const ui::ScWidgetEvent scope(this);
     const ScQtCall call(*mTree);
     switch (inEvent->type()) {
     case QEvent::Show:
@@ -132,7 +132,7 @@ bool TreeView::viewportEvent(QEvent* inEvent)
     if (mTree == nullptr) {
         return QTreeView::viewportEvent(inEvent);
     }
-    const ui::ScWidgetEvent scope;
+    const ui::ScWidgetEvent scope(viewport());
     switch (inEvent->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonRelease:
@@ -158,7 +158,6 @@ bool TreeView::viewportEvent(QEvent* inEvent)
 void TreeView::PressKey(QKeyEvent& inEvent)
 {
     if (mTree != nullptr) {
-        const ui::ScWidgetEvent scope;
         const ScQtCall call(*mTree);
         keyPressEvent(&inEvent);
     }

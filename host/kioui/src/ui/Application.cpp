@@ -1,43 +1,20 @@
 #include <kioui/ui/Application.h>
 
 #include "ApplicationState.h"
+#include "EventLoopWaker.h"
 #include "NodeImpl.h"
 #include "ThemePalette.h"
+#include "platform/WindowSystem.h"
 
 #include <kiocore/config/Errors.h>
 #include <kiocore/debug/Trace.h>
-#include <kiocore/threads/MainThread.h>
 
 #include <QApplication>
-#include <QEvent>
 #include <QFontDatabase>
 #include <QStyleFactory>
 
-#include <cstdlib>
-
 namespace kioui::ui {
 namespace {
-
-const QEvent::Type kWakeUp = QEvent::Type(QEvent::User + 1);
-
-/// Runs posted work between other events.
-class Waker final : public QObject {
-public:
-    explicit Waker(std::shared_ptr<kiocore::threads::MainThread> inMainThread)
-        : mMainThread(std::move(inMainThread))
-    {}
-    bool event(QEvent* inEvent) override
-    {
-        if (inEvent->type() != kWakeUp) {
-            return QObject::event(inEvent);
-        }
-        mMainThread->RunPosted();
-        return true;
-    }
-
-private:
-    const std::shared_ptr<kiocore::threads::MainThread> mMainThread;
-};
 
 /// Sets an environment variable for as long as Qt reads it.
 class ScEnvironment {
@@ -58,18 +35,6 @@ private:
     QByteArray mBefore;
     bool mWasSet;
 };
-
-/// Qt ends the process when it reaches no window system; this asks first.
-void RequireWindowSystem()
-{
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsSet("DISPLAY") ||
-        qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
-        return;
-    }
-    throw kiocore::kio_exception("no window system: neither DISPLAY nor WAYLAND_DISPLAY is set (without a "
-                                 "display, QT_QPA_PLATFORM=offscreen draws into memory)",
-                                 kiocore::kError_Startup);
-}
 
 void UseFont(const std::string& inFontFile)
 {
@@ -92,19 +57,12 @@ ApplicationState& TheApplicationState()
     return state;
 }
 
-void WakeEventLoop()
-{
-    if (QObject* waker = TheApplicationState().waker) {
-        QCoreApplication::postEvent(waker, new QEvent(kWakeUp));
-    }
-}
-
 struct ScApplication::Impl {
     int argumentCount = 1;
     char name[8] = "trhost";
     char* arguments[2] = {name, nullptr};
     std::unique_ptr<QApplication> application;
-    std::unique_ptr<Waker> waker;
+    std::unique_ptr<EventLoopWaker> waker;
     std::shared_ptr<kiocore::threads::MainThread> mainThread;
 };
 
@@ -115,7 +73,7 @@ ScApplication::ScApplication(const ApplicationSettings& inSettings) : mImpl(std:
         throw kiocore::kio_exception("kioui::ui::ScApplication: there is an application object already",
                                      kiocore::kError_BadArgument);
     }
-    RequireWindowSystem();
+    platform::RequireWindowSystem();
     {
         const ScEnvironment scale("QT_SCALE_FACTOR",
                                   inSettings.scale > 0 ? QByteArray::number(inSettings.scale) : QByteArray());
@@ -135,7 +93,7 @@ ScApplication::ScApplication(const ApplicationSettings& inSettings) : mImpl(std:
     state.settingsFileUTF8 = inSettings.settingsFileUTF8;
     mImpl->mainThread = kiocore::threads::GetRegisteredMainThread();
     if (mImpl->mainThread) {
-        mImpl->waker = std::make_unique<Waker>(mImpl->mainThread);
+        mImpl->waker = std::make_unique<EventLoopWaker>(mImpl->mainThread);
         state.waker = mImpl->waker.get();
         mImpl->mainThread->SetWakeUp([] { WakeEventLoop(); });
     }

@@ -1,7 +1,11 @@
 #include "NodeImpl.h"
+#include "PendingFocus.h"
+
+#include <kioui/ui/Window.h>
 
 #include <kiocore/config/Localizer.h>
-#include <kiocore/debug/Trace.h>
+
+#include <algorithm>
 
 namespace kioui::ui {
 
@@ -128,8 +132,12 @@ bool UI_Node::IsVisible() const
 
 void UI_Node::SetVisible(bool inVisible)
 {
+    if (auto* window = dynamic_cast<UI_OSWindow*>(this)) {
+        window->UI_Show(inVisible);
+        return;
+    }
     mImpl->isHidden = !inVisible;
-    if (mImpl->widget && (mImpl->parent != nullptr || !inVisible)) {
+    if (mImpl->widget && mImpl->parent != nullptr) { // else once it is put somewhere
         mImpl->widget->setVisible(inVisible);
     }
 }
@@ -166,8 +174,8 @@ bool UI_Node::HasKeyboardFocus() const
 
 void UI_Node::SetKeyboardFocus(FocusChangeReason inReason)
 {
-    if (QWidget* widget = mImpl->widget) {
-        widget->setFocus(ToQt(inReason));
+    if (mImpl->widget) {
+        GiveFocus(*mImpl, ToQt(inReason));
     }
 }
 

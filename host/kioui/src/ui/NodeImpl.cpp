@@ -1,147 +1,53 @@
 #include "NodeImpl.h"
 
+#include "PendingFocus.h"
+#include "Watcher.h"
+
+#include <kioui/ui/Window.h>
+
 #include <kiocore/config/Errors.h>
 
 #include <QApplication>
-#include <QFocusEvent>
-#include <QMouseEvent>
 
 #include <algorithm>
-#include <cmath>
 #include <string>
+#include <unordered_map>
 
 namespace kioui::ui {
 namespace {
 
-int sEventDepth = 0;
-std::vector<QPointer<QWidget>>& WidgetsToDelete()
+/// Which node a widget belongs to. A widget that died leaves its entry to whoever gets its address, or to its
+/// node's end.
+std::unordered_map<const QWidget*, UI_Node::Impl*>& Owners()
 {
-    static std::vector<QPointer<QWidget>> widgets;
-    return widgets;
+    static std::unordered_map<const QWidget*, UI_Node::Impl*> owners;
+    return owners;
 }
 
-MouseButton FromQt(Qt::MouseButton inButton)
+void RequireToFit(const UI_Node* inParent, const UI_Node& inChild)
 {
-    switch (inButton) {
-    case Qt::LeftButton:
-        return MouseButton::kLeft;
-    case Qt::RightButton:
-        return MouseButton::kRight;
-    case Qt::MiddleButton:
-        return MouseButton::kMiddle;
-    default:
-        return MouseButton::kNone;
+    if (dynamic_cast<const UI_OSWindow*>(&inChild) != nullptr) {
+        throw kiocore::kio_exception("a window (" + inChild.GetNodeID() + ") cannot be put into a node",
+                                     kiocore::kError_BadArgument);
+    }
+    for (const UI_Node* at = inParent; at != nullptr; at = at->GetParent()) {
+        if (at == &inChild) {
+            throw kiocore::kio_exception("the node " + inChild.GetNodeID() +
+                                             " cannot be put into itself or into what lies in it",
+                                         kiocore::kError_BadArgument);
+        }
     }
 }
 
-/// Shows a node what happens to its widget.
-class Watcher final : public QObject {
-public:
-    explicit Watcher(UI_Node::Impl& inImpl) : mImpl(inImpl) {}
-
-    bool eventFilter(QObject* inWidget, QEvent* inEvent) override
-    {
-        if (inWidget != mImpl.widget || mImpl.node == nullptr) {
-            return false;
-        }
-        switch (inEvent->type()) {
-        case QEvent::FocusIn:
-        case QEvent::FocusOut:
-            TellFocus(static_cast<QFocusEvent&>(*inEvent));
-            return false;
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonRelease:
-        case QEvent::MouseButtonDblClick:
-        case QEvent::MouseMove:
-            return TellMouse(static_cast<QMouseEvent&>(*inEvent));
-        case QEvent::Resize:
-            mImpl.TellSize();
-            return false;
-        default:
-            return false;
-        }
+void PutNowhere(QWidget* inWidget)
+{
+    if (inWidget != nullptr) {
+        inWidget->hide();
+        inWidget->setParent(nullptr);
     }
-
-private:
-    void TellFocus(const QFocusEvent& inEvent)
-    {
-        if (mImpl.focusChanged) {
-            const ScWidgetEvent event;
-            const UI_NodePtr keep = mImpl.node;
-            const auto function = mImpl.focusChanged; // may be replaced by itself
-            function(mImpl.node, ui::FromQt(inEvent.reason()));
-        }
-    }
-
-    bool TellMouse(const QMouseEvent& inEvent)
-    {
-        if (!mImpl.mouseEvent) {
-            return false;
-        }
-        UI_MouseEvent event;
-        event.type = inEvent.type() == QEvent::MouseButtonPress      ? MouseEventType::kPress
-                     : inEvent.type() == QEvent::MouseButtonRelease  ? MouseEventType::kRelease
-                     : inEvent.type() == QEvent::MouseButtonDblClick ? MouseEventType::kDoublePress
-                                                                     : MouseEventType::kMove;
-        event.button = FromQt(inEvent.button());
-        event.place = {float(inEvent.position().x()), float(inEvent.position().y())};
-        const ScWidgetEvent scope;
-        const UI_NodePtr keep = mImpl.node;
-        const auto function = mImpl.mouseEvent;
-        return function(mImpl.node, event);
-    }
-
-    UI_Node::Impl& mImpl;
-};
+}
 
 } // namespace
-
-RectT<float> FromQt(const QRect& inRect)
-{
-    return {float(inRect.x()), float(inRect.y()), float(inRect.x() + inRect.width()),
-            float(inRect.y() + inRect.height())};
-}
-
-QRect ToQt(const RectT<float>& inRect)
-{
-    const int left = int(std::lround(inRect.left));
-    const int top = int(std::lround(inRect.top));
-    return {left, top, std::max(0, int(std::lround(inRect.right)) - left),
-            std::max(0, int(std::lround(inRect.bottom)) - top)};
-}
-
-Qt::FocusReason ToQt(FocusChangeReason inReason)
-{
-    switch (inReason) {
-    case FocusChangeReason::kKeyboard:
-        return Qt::TabFocusReason;
-    case FocusChangeReason::kMouse:
-        return Qt::MouseFocusReason;
-    case FocusChangeReason::kWindow:
-        return Qt::ActiveWindowFocusReason;
-    case FocusChangeReason::kProgram:
-        return Qt::OtherFocusReason;
-    }
-    return Qt::OtherFocusReason;
-}
-
-FocusChangeReason FromQt(Qt::FocusReason inReason)
-{
-    switch (inReason) {
-    case Qt::TabFocusReason:
-    case Qt::BacktabFocusReason:
-    case Qt::ShortcutFocusReason:
-        return FocusChangeReason::kKeyboard;
-    case Qt::MouseFocusReason:
-        return FocusChangeReason::kMouse;
-    case Qt::ActiveWindowFocusReason:
-    case Qt::PopupFocusReason:
-    case Qt::MenuBarFocusReason:
-        return FocusChangeReason::kWindow;
-    default:
-        return FocusChangeReason::kProgram;
-    }
-}
 
 void RequireApplication(const char* inClassName)
 {
@@ -153,51 +59,47 @@ void RequireApplication(const char* inClassName)
     }
 }
 
-ScWidgetEvent::ScWidgetEvent()
+UI_Node* NodeOf(const QWidget* inWidget)
 {
-    ++sEventDepth;
-}
-
-ScWidgetEvent::~ScWidgetEvent()
-{
-    if (--sEventDepth == 0) {
-        // Not at once: Qt is still in the widget's event. Its loop deletes them when it comes by.
-        for (const QPointer<QWidget>& widget : std::exchange(WidgetsToDelete(), {})) {
-            if (widget) {
-                widget->deleteLater();
-            }
+    for (; inWidget != nullptr; inWidget = inWidget->parentWidget()) {
+        const auto found = Owners().find(inWidget);
+        if (found != Owners().end() && found->second->widget == inWidget) {
+            return found->second->node;
         }
     }
+    return nullptr;
 }
 
-void DeleteWidget(QWidget* inWidget)
+QWidget* WindowWidgetOf(const UI_Node* inNode)
 {
-    if (sEventDepth == 0) {
-        delete inWidget;
-        return;
-    }
-    inWidget->hide();
-    inWidget->setParent(nullptr); // or it would die with a parent that goes earlier
-    WidgetsToDelete().emplace_back(inWidget);
+    QWidget* const widget = inNode != nullptr ? inNode->GetImpl().widget.data() : nullptr;
+    QWidget* const window = widget != nullptr ? widget->window() : nullptr;
+    // A node that lies nowhere is a window for Qt.
+    return dynamic_cast<UI_OSWindow*>(NodeOf(window)) != nullptr ? window : nullptr;
 }
 
-UI_Node::Impl::Impl(QWidget* inWidget) : widget(inWidget), watcher(std::make_unique<Watcher>(*this))
+UI_Node::Impl::Impl(QWidget* inWidget)
+    : widget(inWidget), address(inWidget), watcher(std::make_unique<Watcher>(*this))
 {
+    Owners()[inWidget] = this;
     inWidget->installEventFilter(watcher.get());
 }
 
 UI_Node::Impl::~Impl()
 {
     watcher.reset();
+    ForgetNotedFocus(*this);
     for (const UI_NodePtr& child : children) {
-        Impl& impl = *child->mImpl;
-        impl.parent = nullptr;
-        if (child->use_count() > 1 && impl.widget) { // somebody else wants it whole
-            impl.widget->hide();
-            impl.widget->setParent(nullptr);
+        child->mImpl->parent = nullptr;
+        if (child->use_count() > 1) { // somebody else wants it whole
+            PutNowhere(child->mImpl->widget);
         }
     }
     children.clear();
+    const auto owned = Owners().find(address);
+    if (owned != Owners().end() && owned->second == this) {
+        Owners().erase(owned);
+    }
     if (widget) {
         DeleteWidget(widget);
     }
@@ -205,15 +107,28 @@ UI_Node::Impl::~Impl()
 
 void UI_Node::Impl::Adopt(const UI_NodePtr& inChild)
 {
-    inChild->RemoveFromParent();
-    children.push_back(inChild);
-    Impl& impl = *inChild->mImpl;
-    impl.parent = node;
+    RequireToFit(node, *inChild);
     QWidget* const content = Content();
-    if (content != nullptr && impl.widget) {
-        impl.widget->setParent(content);
+    if (content == nullptr) {
+        return;
+    }
+    Impl& impl = *inChild->mImpl;
+    if (impl.parent != nullptr) {
+        impl.parent->mImpl->Unlist(*inChild);
+    }
+    children.push_back(inChild);
+    impl.parent = node;
+    if (impl.widget) {
+        if (impl.widget->parentWidget() != content) {
+            impl.widget->setParent(content);
+        }
         impl.widget->setVisible(!impl.isHidden);
     }
+}
+
+void UI_Node::Impl::Unlist(UI_Node& inChild)
+{
+    std::erase(children, &inChild);
 }
 
 void UI_Node::Impl::LetGoOf(UI_Node& inChild)
@@ -224,18 +139,14 @@ void UI_Node::Impl::LetGoOf(UI_Node& inChild)
     }
     const UI_NodePtr keep = *found;
     children.erase(found);
-    Impl& impl = *inChild.mImpl;
-    impl.parent = nullptr;
-    if (impl.widget) {
-        impl.widget->hide();
-        impl.widget->setParent(nullptr);
-    }
+    keep->mImpl->parent = nullptr;
+    PutNowhere(keep->mImpl->widget);
 }
 
 void UI_Node::Impl::TellSize()
 {
     if (node != nullptr) {
-        node->UI_SizeChanged(FromQt(widget->geometry()));
+        CallHost("UI_SizeChanged of a node", [this] { node->UI_SizeChanged(FromQt(widget->geometry())); });
     }
 }
 

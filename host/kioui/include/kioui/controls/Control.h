@@ -22,8 +22,10 @@ public:
 
 protected:
     explicit UI_Control(std::unique_ptr<Impl> inImpl);
-    /// Calls the changed function, if any.
+    /// Calls the changed function, if any. The control may be gone afterwards.
     void NotifyChanged();
+    /// The same with a function that is called at other times.
+    void Notify(const ChangedFunction& inFunction);
 
 private:
     ChangedFunction mChanged;

@@ -18,7 +18,7 @@ public:
 
     UTF16String GetText() const override;
     void SetText(const UTF16String& inText);
-    /// In units, of the em.
+    /// In whole units, of the em.
     void SetFontSize(float inSize);
     float GetFontSize() const;
     void Click();

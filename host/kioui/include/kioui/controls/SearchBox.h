@@ -23,17 +23,22 @@ public:
     UTF16String GetText() const override;
     /// Nothing while the value is unknown: it stands for several that differ. Typing makes it known.
     std::optional<UTF16String> GetValue() const;
-    /// Calls neither function.
+    /// The value is empty until it is set; setting it calls neither function.
     void SetValue(const UTF16String& inText);
     void SetValueUnknown();
     /// What is shown, greyed, while there is no text.
     void SetUnknownStateText(const UTF16String& inText);
     UTF16String GetUnknownStateText() const;
-    /// Called at every edit.
+    /// Called at every edit: typed, pasted, cleared with the button, taken from recent searches.
     void SetInteractiveChangeFunction(ChangedFunction inFunction);
 
 private:
-    ChangedFunction mInteractive;
+    void Edited();
+    void Left();
+    void Finished();
+
+    struct State;
+    std::unique_ptr<State> mState;
 };
 using UI_SearchBoxPtr = boost::intrusive_ptr<UI_SearchBox>;
 

@@ -34,8 +34,9 @@ public:
 /// Empty where there is nothing to draw with.
 using FontRef = std::shared_ptr<const Font>;
 
-/// Finds how wide the widest of many texts is, far faster than by measuring each: sums up remembered advances
-/// and measures exactly only the texts that could be the widest. The answer is that of measuring all.
+/// Finds how wide the widest of many texts is, far faster than by measuring each: adds up the widths of letters,
+/// which the font remembers, and measures only what its rules or its script may join. The answer is that of
+/// measuring all.
 ///
 /// Threading: UI thread only.
 class KIO_EXPORT WidestText {
@@ -46,7 +47,6 @@ public:
     WidestText(const WidestText&) = delete;
     WidestText& operator=(const WidestText&) = delete;
 
-    /// @param inText  copied only if it may be the widest.
     void Add(UTF16View inText);
     /// Width of the widest text so far, rounded up to a whole unit; 0 without texts.
     float RoundedUpWidth() const;

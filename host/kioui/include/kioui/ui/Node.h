@@ -26,6 +26,10 @@ using UI_NodePtr = boost::intrusive_ptr<UI_Node>;
 /// children; a child knows its parent without sharing it. When the widget has died before its node, all
 /// operations are harmless: questions answer empty, false or 0, orders do nothing.
 ///
+/// The host's functions and overrides are called unlocked and may change, remove and let go of everything.
+/// What they throw when the window system's events call them is reported as of posted work
+/// (kiocore::threads::ReportException).
+///
 /// Threading: UI thread only.
 class KIO_EXPORT UI_Node : public boost::intrusive_ref_counter<UI_Node> {
 public:
@@ -49,6 +53,7 @@ public:
 
     /// Puts a node into this one, behind the children there are (which is the order of Tab). A node that lies
     /// elsewhere is taken from there.
+    /// @throws kio_exception (kError_BadArgument) for windows, and for what this node lies in.
     void AddChild(const UI_NodePtr& inChild);
     /// Takes the node out of its parent, which lets go of it.
     void RemoveFromParent();
@@ -67,6 +72,8 @@ public:
 
     /// Whether it can be seen: itself, all around it, and the window shown.
     bool IsVisible() const;
+    /// Nodes are visible until told otherwise; a node that lies nowhere is seen, or not, once it is put
+    /// somewhere. Windows start hidden: this is their UI_Show.
     void SetVisible(bool inVisible);
     bool IsEnabled() const;
     void SetEnabled(bool inEnabled);
@@ -75,7 +82,8 @@ public:
     bool IsKeyboardTarget() const;
     void SetKeyboardTarget(bool inTarget);
     bool HasKeyboardFocus() const;
-    /// Nodes that are hidden, disabled or of a hidden window get it as soon as they can have it.
+    /// Nodes that are hidden, disabled or of a hidden window get it as soon as they can have it, unless it
+    /// was given to another node of the window or a person moved it meanwhile.
     void SetKeyboardFocus(FocusChangeReason inReason);
     /// Called after the focus came or went.
     void SetFocusChangedFunction(std::function<void(UI_Node*, FocusChangeReason)> inFunction);

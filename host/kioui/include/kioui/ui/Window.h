@@ -18,6 +18,7 @@ public:
     /// The title.
     UTF16String GetText() const override;
     void SetTitle(const UTF16String& inTitle);
+    /// Fractions are rounded up.
     void SetMinimumSize(SizeT<float> inSize);
     SizeT<float> GetMinimumSize() const;
     void SetSize(SizeT<float> inSize);
@@ -26,19 +27,25 @@ public:
     /// The node that has the keyboard focus; null when it lies elsewhere.
     UI_Node* GetFocusedNode() const;
 
+    /// When it is shown and nothing in it has the focus, the first node that Tab comes by gets it.
     virtual void UI_Show(bool inShow);
 
 protected:
     UI_OSWindow(std::unique_ptr<Impl> inImpl, const UTF16String& inTitle);
 
+    /// For destructors: events on the way out do not come here any more.
+    void PrepareToGo();
     /// The window came to a display of another scale.
     /// @param inBounds  in device pixels.
     virtual void UI_ScaleChanged(float inBefore, float inNow, const RectT<int>& inBounds);
-    /// The user asked to close it, with Escape or the window's own means. Hides it.
+    /// The user asked to close it by the window's own means. Hides it.
     virtual void UI_CloseRequested();
 
 private:
     friend struct UI_Node::Impl;
+    void FollowScale();
+
+    float mScale; // that was told last
 };
 
 } // namespace kioui::ui

@@ -1,0 +1,9 @@
+#pragma once
+
+/// The tables of bench_ui.
+namespace bench {
+
+void BenchBestFit();
+void BenchTree();
+
+} // namespace bench

@@ -1,0 +1,147 @@
+#include "platform/WindowSystem.h"
+
+#include <kiocore/config/Errors.h>
+
+#include <QByteArray>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QLibraryInfo>
+#include <QPluginLoader>
+#include <QString>
+#include <QStringList>
+
+#include <dlfcn.h>
+
+namespace kioui::platform {
+namespace {
+
+/// A library that Qt's own plug-in loads too; stays loaded.
+class WindowLibrary {
+public:
+    explicit WindowLibrary(const char* inName) : mLibrary(::dlopen(inName, RTLD_NOW | RTLD_LOCAL)) {}
+    template <typename Function>
+    Function Find(const char* inName) const
+    {
+        return mLibrary != nullptr ? reinterpret_cast<Function>(::dlsym(mLibrary, inName)) : nullptr;
+    }
+
+private:
+    void* const mLibrary;
+};
+
+// Connecting is the only way to know: a display may be named, answer, and still refuse us.
+bool CanConnectToX11()
+{
+    const WindowLibrary xcb("libxcb.so.1");
+    const auto connect = xcb.Find<void* (*)(const char*, int*)>("xcb_connect");
+    const auto hasError = xcb.Find<int (*)(void*)>("xcb_connection_has_error");
+    const auto disconnect = xcb.Find<void (*)(void*)>("xcb_disconnect");
+    if (connect == nullptr || hasError == nullptr || disconnect == nullptr) {
+        return false;
+    }
+    void* const connection = connect(nullptr, nullptr); // never null
+    const bool isConnected = hasError(connection) == 0;
+    disconnect(connection);
+    return isConnected;
+}
+
+bool CanConnectToWayland()
+{
+    const WindowLibrary wayland("libwayland-client.so.0");
+    const auto connect = wayland.Find<void* (*)(const char*)>("wl_display_connect");
+    const auto disconnect = wayland.Find<void (*)(void*)>("wl_display_disconnect");
+    if (connect == nullptr || disconnect == nullptr) {
+        return false;
+    }
+    void* const display = connect(nullptr);
+    if (display == nullptr) {
+        return false;
+    }
+    disconnect(display);
+    return true;
+}
+
+QStringList PluginFolders()
+{
+    QStringList folders = QString::fromLocal8Bit(qgetenv("QT_QPA_PLATFORM_PLUGIN_PATH"))
+                              .split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    for (const QByteArray& path : qgetenv("QT_PLUGIN_PATH").split(':')) {
+        if (!path.isEmpty()) {
+            folders.append(QString::fromLocal8Bit(path) + QLatin1String("/platforms"));
+        }
+    }
+    folders.append(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QLatin1String("/platforms"));
+    return folders;
+}
+
+bool IsInstalled(const QString& inPlatform)
+{
+    for (const QString& folder : PluginFolders()) {
+        for (const QString& file : QDir(folder).entryList(QDir::Files)) {
+            const QJsonObject about = QPluginLoader(folder + QLatin1Char('/') + file).metaData();
+            const QJsonArray keys = about[QLatin1String("MetaData")].toObject()[QLatin1String("Keys")].toArray();
+            if (keys.contains(inPlatform)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// Names of platforms, each with parameters behind a colon, in the order in which Qt tries them.
+QStringList PlatformsToTry()
+{
+    const QByteArray named = qgetenv("QT_QPA_PLATFORM");
+    if (!named.isEmpty()) {
+        return QString::fromLocal8Bit(named).split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    }
+    QStringList platforms;
+    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY") || qgetenv("XDG_SESSION_TYPE") == "wayland") {
+        platforms.append(QLatin1String("wayland"));
+    }
+    platforms.append(QLatin1String("xcb"));
+    return platforms;
+}
+
+std::string Shown(const char* inVariable)
+{
+    return std::string(inVariable) +
+           (qEnvironmentVariableIsSet(inVariable) ? "=" + qgetenv(inVariable).toStdString() : " is not set");
+}
+
+/// Empty when it can be used.
+std::string WhatIsWrongWith(const QString& inPlatform)
+{
+    const QString name = inPlatform.section(QLatin1Char(':'), 0, 0);
+    if (!IsInstalled(name)) {
+        return name.toStdString() + ": no such plug-in is installed";
+    }
+    if (name == QLatin1String("xcb") && !CanConnectToX11()) {
+        return "xcb: the display cannot be reached (" + Shown("DISPLAY") + ")";
+    }
+    if (name.startsWith(QLatin1String("wayland")) && !CanConnectToWayland()) {
+        return name.toStdString() + ": the display cannot be reached (" + Shown("WAYLAND_DISPLAY") + ", " +
+               Shown("XDG_RUNTIME_DIR") + ")";
+    }
+    return {};
+}
+
+} // namespace
+
+void RequireWindowSystem()
+{
+    std::string reasons;
+    for (const QString& platform : PlatformsToTry()) {
+        const std::string reason = WhatIsWrongWith(platform);
+        if (reason.empty()) {
+            return;
+        }
+        reasons += (reasons.empty() ? "" : "; ") + reason;
+    }
+    throw kiocore::kio_exception("no window system can be used: " + reasons +
+                                     " (without a display, QT_QPA_PLATFORM=offscreen draws into memory)",
+                                 kiocore::kError_Startup);
+}
+
+} // namespace kioui::platform
