@@ -42,15 +42,23 @@ foreach(family Host TR)
     install(EXPORT ${family}Targets NAMESPACE ${family}:: DESTINATION ${package_folder})
 endforeach()
 
-# Highest first, so that also a linker that reads from left to right finds everything.
-list(TRANSFORM libraries PREPEND "-l" OUTPUT_VARIABLE flags)
-list(REVERSE flags)
-list(JOIN flags " " PROJECT_LINK_FLAGS)
+# Highest first, so that also a linker that reads from left to right finds everything. The dialogs stand apart: who
+# shows no window links no window toolkit.
+set(dialog_libraries kioui TRFoundationUI)
+list(REMOVE_ITEM libraries kioui_testing ${dialog_libraries}) # tests of dialogs find the first by CMake
+foreach(list libraries dialog_libraries)
+    list(TRANSFORM ${list} PREPEND "-l" OUTPUT_VARIABLE flags)
+    list(REVERSE flags)
+    list(JOIN flags " " PROJECT_LINK_FLAGS_OF_${list})
+endforeach()
 file(RELATIVE_PATH PROJECT_PREFIX_FROM_PKGCONFIG
     /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" PROJECT_PREFIX_FROM_PKGCONFIG "${PROJECT_PREFIX_FROM_PKGCONFIG}")
-configure_file(${PROJECT_SOURCE_DIR}/cmake/TRFoundation.pc.in ${PROJECT_BINARY_DIR}/TRFoundation.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/TRFoundation.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(package TRFoundation TRFoundationUI)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
 
 # Resources lie in the build tree as they will in the installed one; whatever a target puts there is installed.
-install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL
+    PATTERN qps.mo EXCLUDE) # the pseudo-language is for tests

@@ -8,6 +8,7 @@
 #include <ZOL/File.h>
 #include <kiocore/classref/ClassFactory.h>
 #include <kiocore/config/Errors.h>
+#include <kiocore/config/Localizer.h>
 #include <kiocore/threads/RecursiveMutex.h>
 
 #include <cerrno>
@@ -31,8 +32,9 @@ UTF16String DocumentLockFile()
     UTF16String path;
     if (BE::GetBackend()->GetPreferences()->GetDocumentLockFile(path) < 0) {
         throw kiocore::kio_exception(
-            "The preferences name no file for the documents' locks; nothing can be recorded "
-            "in the media cache database without one",
+            kiocore::config::Localizer::GetText("$$$/TRFoundation/Error/NoLockFile=The preferences name no "
+                                                "file for the documents' locks; nothing "
+                                                "can be recorded in the media cache database without one"),
             kiocore::kError_File);
     }
     return path;

@@ -10,6 +10,7 @@
 #include <TR/FileExtensions.h>
 #include <ZOL/FolderSearch.h>
 #include <ZOL/PathUtils.h>
+#include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
 
 #include <filesystem>
@@ -64,14 +65,25 @@ void CheckPoints(const std::vector<TR::AssetSpecifier>& inSpecifiers)
     }
 }
 
+UTF16String PointText(TickTime inPoint)
+{
+    return inPoint.IsUnset() ? Text("$$$/Halcyon/TrHost/PointUnset=unset#{an In or Out point}")
+                             : ToUTF16(inPoint.AsUTF8());
+}
+
 void Report(Context& ioContext, const ClipState& inClip, bool inDryRun)
 {
     const char* const action = !inClip.IsChanged() ? "unchanged" : inDryRun ? "wouldSet" : "set";
     const TickTime in = inClip.clip->GetInPoint();
     const TickTime out = inClip.clip->GetOutPoint();
     const UTF16String name = inClip.item->GetName();
-    ioContext.output.Result(ToUTF16(action) + u"  " + name + u"  in " + ToUTF16(in.AsUTF8()) + u"  out " +
-                                ToUTF16(out.AsUTF8()) + u"  " + inClip.path,
+    const char* const line = !inClip.IsChanged() ? "$$$/Halcyon/TrHost/PointsUnchanged=unchanged  @0  in @1  "
+                                                   "out @2  @3#{@0: a clip, @1 and @2: points, @3: a file}"
+                             : inDryRun ? "$$$/Halcyon/TrHost/PointsWouldBeSet=wouldSet  @0  in @1  out @2  "
+                                          "@3#{@0: a clip, @1 and @2: points, @3: a file}"
+                                        : "$$$/Halcyon/TrHost/PointsSet=set  @0  in @1  out @2  @3#{@0: a "
+                                          "clip, @1 and @2: points, @3: a file}";
+    ioContext.output.Result(Text(line, {name, PointText(in), PointText(out), inClip.path}),
                             JsonLine()
                                 .Add("action", action)
                                 .Add("item", inClip.item->GetID().AsUTF8())
@@ -94,9 +106,12 @@ public:
         } else if (std::filesystem::is_regular_file(status)) {
             AddClip(*mProject->GetRootBin(), path);
         } else {
-            throw Failure(kExit_Failed,
-                          Text("$$$/Halcyon/TrHost/NoMediaFile=@0: @1, expected a media file or a folder",
-                               {path, error ? ToUTF16(error.message()) : u"neither a file nor a folder"}));
+            throw Failure(
+                kExit_Failed,
+                Text("$$$/Halcyon/TrHost/NoMediaFile=@0: @1, expected a media file or a folder",
+                     {path,
+                      error ? kiocore::SystemErrorText(error.value())
+                            : Text("$$$/Halcyon/TrHost/NeitherFileNorFolder=neither a file nor a folder")}));
         }
     }
 

@@ -1,5 +1,7 @@
 #include "BatchRun.h"
 
+#include "Dialogs.h"
+
 #include "../support/Failure.h"
 #include "../support/Interrupt.h"
 
@@ -16,18 +18,23 @@ namespace trhost {
 
 namespace {
 
+using namespace kiocore::threads;
+using kiocore::messaging::PostNewMessageToUIThread;
+using Operation = kiocore::InterfaceRef<ZOL::IBatchOperation>;
+
 /// What the operation's task leaves behind. Kept by both sides, as the task may outlive our wait.
 struct RunState {
     std::atomic<bool> finished{false};
-    std::exception_ptr error; // set before finished
+    std::exception_ptr error;              // set before finished
+    kiocore::messaging::StationID station; // set before the operation starts
 };
 
 /// The pool, with an eye on how a task ends: an operation that throws posts no completion message, and its
 /// exception would only be seen on the trace.
-class WatchingExecutor final : public kiocore::threads::AsyncExecutor {
+class WatchingExecutor final : public AsyncExecutor {
 public:
     WatchingExecutor(std::shared_ptr<AsyncExecutor> inPool, std::shared_ptr<RunState> inState,
-                     std::shared_ptr<kiocore::threads::MainThread> inMainThread)
+                     std::shared_ptr<MainThread> inMainThread)
         : mPool(std::move(inPool)), mState(std::move(inState)), mMainThread(std::move(inMainThread))
     {}
 
@@ -40,6 +47,9 @@ public:
                 state->error = std::current_exception();
             }
             task = nullptr;
+            if (state->error) { // nobody else would tell a dialog that it is over
+                PostNewMessageToUIThread<ZOL::OperationCompleteMessage>(state->station);
+            }
             state->finished = true;
             mainThread->Post([] {}); // wakes the wait, after the messages that were posted before
         });
@@ -48,21 +58,49 @@ public:
 private:
     const std::shared_ptr<AsyncExecutor> mPool;
     const std::shared_ptr<RunState> mState;
-    const std::shared_ptr<kiocore::threads::MainThread> mMainThread;
+    const std::shared_ptr<MainThread> mMainThread;
+};
+
+/// An operation whose end is known, however it comes.
+class WatchedOperation {
+public:
+    WatchedOperation(Context& ioContext, const MakeOperation& inMakeOperation)
+        : mMainThread(ioContext.mainThread),
+          mWatch(ScReplaceExecutor::Pool::kCPUBound,
+                 std::make_shared<WatchingExecutor>(GetCPUBoundExecutor(), mState, mMainThread)),
+          mOperation(inMakeOperation())
+    {
+        mState->station = mOperation->GetStationID();
+    }
+
+    const Operation& Get() const { return mOperation; }
+    /// Runs posted work meanwhile. @return whether it has ended.
+    bool WaitFor(std::chrono::nanoseconds inLimit) const
+    {
+        return mMainThread->RunUntil([this] { return mState->finished.load(); },
+                                     GetClock().SteadyTime() + inLimit);
+    }
+    /// Once it has ended: passes on what it threw.
+    void Rethrow() const
+    {
+        if (mState->error) {
+            std::rethrow_exception(mState->error);
+        }
+    }
+
+private:
+    const std::shared_ptr<MainThread> mMainThread;
+    const std::shared_ptr<RunState> mState = std::make_shared<RunState>();
+    const ScReplaceExecutor mWatch;
+    const Operation mOperation;
 };
 
 } // namespace
 
-void RunBatchOperation(Context& ioContext,
-                       const std::function<kiocore::InterfaceRef<ZOL::IBatchOperation>()>& inMakeOperation)
+void RunBatchOperation(Context& ioContext, const MakeOperation& inMakeOperation)
 {
-    using namespace kiocore::threads;
-    const auto state = std::make_shared<RunState>();
-    const ScReplaceExecutor watch(
-        ScReplaceExecutor::Pool::kCPUBound,
-        std::make_shared<WatchingExecutor>(GetCPUBoundExecutor(), state, ioContext.mainThread));
-    const auto operation = inMakeOperation();
-
+    const WatchedOperation watched(ioContext, inMakeOperation);
+    const Operation& operation = watched.Get();
     ProgressBar bar(ioContext.output, operation->GetDescription());
     float progress = 0;
     const kiocore::messaging::ScListener listener(
@@ -78,18 +116,32 @@ void RunBatchOperation(Context& ioContext,
     if (operation->Start() < 0) {
         throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NotStarted=the work could not be started"));
     }
-    while (!ioContext.mainThread->RunUntil([&] { return state->finished.load(); },
-                                           GetClock().SteadyTime() + std::chrono::milliseconds(100))) {
+    while (!watched.WaitFor(std::chrono::milliseconds(100))) {
         bar.Show(progress);
         if (IsInterrupted()) {
             operation->Abort(); // returns once the work has stopped
         }
     }
-    if (state->error) {
-        std::rethrow_exception(state->error);
-    }
+    watched.Rethrow();
     bar.Hide();
     ThrowIfInterrupted();
+}
+
+void RunBatchOperationInDialog(Context& ioContext, const UTF16String& inTitle,
+                               const MakeOperation& inMakeOperation)
+{
+    const auto userInterface = OpenUserInterface(ioContext, {});
+    const WatchedOperation watched(ioContext, inMakeOperation);
+    const Operation& operation = watched.Get();
+    const bool isDone = userInterface->RunOperation(inTitle, operation->GetDescription(), operation);
+    while (!watched.WaitFor(std::chrono::milliseconds(100))) {
+        // What was cancelled has stopped; what is complete is about to end.
+    }
+    watched.Rethrow();
+    ThrowIfInterrupted();
+    if (!isDone) {
+        throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/Cancelled=cancelled"));
+    }
 }
 
 } // namespace trhost

@@ -138,16 +138,26 @@ bool AskWhetherToDelete(Context& ioContext)
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
+void Run(Context& ioContext, bool inInWindow, const UTF16String& inTitle,
+         const MakeOperation& inMakeOperation)
+{
+    if (inInWindow) {
+        RunBatchOperationInDialog(ioContext, inTitle, inMakeOperation);
+    } else {
+        RunBatchOperation(ioContext, inMakeOperation);
+    }
+}
+
 } // namespace
 
-int CacheClean(Context& ioContext, bool inDryRun)
+int CacheClean(Context& ioContext, const CleanOptions& inOptions)
 {
-    if (inDryRun) {
+    if (inOptions.dryRun) {
         ShowCleaning(ioContext);
         return kExit_Done;
     }
     const std::size_t before = FindRecordFiles().size();
-    RunBatchOperation(ioContext, [] {
+    Run(ioContext, inOptions.inWindow, Text("$$$/Halcyon/TrHost/CleanTitle=Cleaning the media cache"), [] {
         return kiocore::InterfaceRef<ZOL::IBatchOperation>(
             kiocore::classref::MakeObject<TR::MediaAcceleratorDatabase>());
     });
@@ -174,7 +184,8 @@ int CacheDeleteAll(Context& ioContext, const DeleteAllOptions& inOptions)
     if (!inOptions.yes && !AskWhetherToDelete(ioContext)) {
         throw Failure(kExit_Negative, Text("$$$/Halcyon/TrHost/NothingDeleted=nothing was deleted"));
     }
-    RunBatchOperation(ioContext, &TR::CreateDeleteAllMediaCacheEntriesOperation);
+    Run(ioContext, inOptions.inWindow, Text("$$$/Halcyon/TrHost/DeleteAllTitle=Deleting the media cache"),
+        &TR::CreateDeleteAllMediaCacheEntriesOperation);
     std::size_t left = 0;
     for (const WipedFolder& wiped : WipedFolders(ioContext)) {
         left += ZOL::FolderSearch::FindFiles(wiped.folder, wiped.extensions).Size();

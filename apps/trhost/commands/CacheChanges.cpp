@@ -7,6 +7,7 @@
 
 #include <TR/MediaAcceleratorDatabase.h>
 #include <ZOL/PathUtils.h>
+#include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
 #include <kiocore/utility/FileUtils.h>
 
@@ -57,7 +58,7 @@ int CacheCopy(Context& ioContext, const CopyOptions& inOptions)
                                                    ZOL::PathUtils::GetFullFilePart(media.identity.path));
     if (!copy.isReadable) {
         throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NoCopy=@0: @1; expected the copied media there",
-                                         {copy.path, ToUTF16(std::strerror(copy.errorNumber))}));
+                                         {copy.path, kiocore::SystemErrorText(copy.errorNumber)}));
     }
     if (copy.documentID == media.identity.documentID) {
         throw Failure(kExit_Usage,

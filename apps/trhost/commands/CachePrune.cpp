@@ -163,7 +163,7 @@ private:
         try {
             return ZOL::File::Delete(inItem.path) == 0;
         } catch (const std::exception& error) {
-            mContext.output.Error(ToUTF16(error.what()));
+            mContext.output.Error(Told(error));
             return false;
         }
     }

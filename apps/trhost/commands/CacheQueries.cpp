@@ -12,10 +12,17 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 
 namespace trhost {
 
 namespace {
+
+UTF16String AnyOr(const std::optional<std::string>& inWanted)
+{
+    return inWanted ? kiocore::utility::ToUTF16(*inWanted)
+                    : Text("$$$/Halcyon/TrHost/AnyItem=any#{any stream, or any key}");
+}
 
 using kiocore::utility::DecimalText;
 using kiocore::utility::ToUTF16;
@@ -73,14 +80,13 @@ int CacheFind(Context& ioContext, const FindOptions& inOptions)
                        "media",
                        {item.streamID, item.key, item.path})
                 : Text("$$$/Halcyon/TrHost/ItemGone=stream @0, @1: @2 is recorded, but is @3",
-                       {item.streamID, item.key, item.path, ToUTF16(NameOf(item.state))}));
+                       {item.streamID, item.key, item.path, TextOf(item.state)}));
     }
     if (asked == 0) {
         throw Failure(kExit_Negative,
                       Text("$$$/Halcyon/TrHost/NoSuchItem=the record of @0 has no such cache file "
                            "(stream @1, key @2)",
-                           {media.identity.path, ToUTF16(inOptions.stream.value_or("any")),
-                            ToUTF16(inOptions.key.value_or("any"))}));
+                           {media.identity.path, AnyOr(inOptions.stream), AnyOr(inOptions.key)}));
     }
     return found == asked ? kExit_Done : kExit_Negative;
 }
@@ -123,10 +129,10 @@ int CacheShow(Context& ioContext, const std::string& inMedia)
             lastStream = item.streamID;
             first = false;
         }
-        output.Line(Text(
-            "$$$/Halcyon/TrHost/ShowItem=  @0  @1  (@2)",
-            {item.key, item.path,
-             item.state == ItemState::kPresent ? SizeText(item.sizeBytes) : ToUTF16(NameOf(item.state))}));
+        output.Line(
+            Text("$$$/Halcyon/TrHost/ShowItem=  @0  @1  (@2)",
+                 {item.key, item.path,
+                  item.state == ItemState::kPresent ? SizeText(item.sizeBytes) : TextOf(item.state)}));
     }
     return kExit_Done;
 }

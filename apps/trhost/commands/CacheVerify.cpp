@@ -10,6 +10,7 @@
 #include <ZOL/File.h>
 #include <ZOL/FolderSearch.h>
 #include <ZOL/PathUtils.h>
+#include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/AtomicFile.h>
 #include <kiocore/filesupport/DocumentLock.h>
 #include <kiocore/filesupport/NativePath.h>
@@ -122,11 +123,10 @@ private:
             for (const RecordedItem& item : record->items) {
                 mKnownFiles.insert(item.path);
                 if (counts.empty() && item.state != ItemState::kPresent) {
-                    Report(
-                        item.state == ItemState::kMissing ? "missingCacheFile" : "changedCacheFile",
-                        item.path,
-                        Text("$$$/Halcyon/TrHost/ItemNotPresent=is @0; recorded for @1, stream @2, @3",
-                             {ToUTF16(NameOf(item.state)), record->originalPath, item.streamID, item.key}));
+                    Report(item.state == ItemState::kMissing ? "missingCacheFile" : "changedCacheFile",
+                           item.path,
+                           Text("$$$/Halcyon/TrHost/ItemNotPresent=is @0; recorded for @1, stream @2, @3",
+                                {TextOf(item.state), record->originalPath, item.streamID, item.key}));
                 }
             }
             if (!counts.empty()) {
@@ -165,7 +165,7 @@ private:
             }
             if (errno != EEXIST) {
                 mContext.output.Error(Text("$$$/Halcyon/TrHost/NotSetAside=@0 could not be set aside: @1",
-                                           {inPath, ToUTF16(std::strerror(errno))}));
+                                           {inPath, kiocore::SystemErrorText(errno)}));
                 return;
             }
             aside = inPath + u".bad" + DecimalText(number);

@@ -46,11 +46,16 @@ struct CopyOptions {
 };
 int CacheCopy(Context& ioContext, const CopyOptions& inOptions);
 
-int CacheClean(Context& ioContext, bool inDryRun);
+struct CleanOptions {
+    bool dryRun = false;
+    bool inWindow = false; ///< progress in a window, where it can be cancelled
+};
+int CacheClean(Context& ioContext, const CleanOptions& inOptions);
 
 struct DeleteAllOptions {
     bool yes = false;
     bool dryRun = false;
+    bool inWindow = false;
 };
 int CacheDeleteAll(Context& ioContext, const DeleteAllOptions& inOptions);
 
@@ -98,7 +103,8 @@ struct FrameOptions {
     std::string media;
     MediaTime at;
     std::optional<int> stream;
-    bool strict = false; ///< fail instead of writing the still for media that is offline
+    bool strict = false;   ///< fail instead of writing the still for media that is offline
+    bool inWindow = false; ///< tell in a window which plug-in the media needs
     FrameForm form;
 };
 int Frame(Context& ioContext, const FrameOptions& inOptions);

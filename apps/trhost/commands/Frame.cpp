@@ -3,11 +3,14 @@
 #include "../support/Failure.h"
 #include "../support/Interrupt.h"
 #include "../support/MediaLoader.h"
+#include "../support/UserInterfaceLoader.h"
 
+#include <TR/PluginRedirect.h>
 #include <TR/StaticImageFactory.h>
 #include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -73,16 +76,16 @@ Decoded Decode(const FrameOptions& inOptions)
         decoded.picture = reader->FrameAt(time, InterruptCancel());
         return decoded;
     } catch (const kiocore::file_exception& error) {
-        decoded.offlineReason = error.Text();
+        decoded.offlineReason = Told(error);
     } catch (const kiocore::kio_exception& error) {
         if (error.Code() != media::kMediaError_NotMedia &&
             error.Code() != media::kMediaError_NothingDecoded) {
             throw;
         }
         if (error.Code() == media::kMediaError_NotMedia && IsReadable(module, inOptions.media)) {
-            throw Failure(kExit_Negative, error.Text());
+            throw Failure(kExit_Negative, Told(error));
         }
-        decoded.offlineReason = error.Text();
+        decoded.offlineReason = Told(error);
     }
     if (inOptions.strict) {
         throw Failure(kExit_Failed, decoded.offlineReason);
@@ -137,8 +140,38 @@ UTF16String SecondsText(double inSeconds)
 
 } // namespace
 
+namespace {
+
+/// Camera files that nothing here can read without the maker's plug-in.
+bool IsBlackmagicRAW(const std::string& inMedia)
+{
+    std::string extension = std::filesystem::path(inMedia).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(), [](char inLetter) {
+        return inLetter >= 'A' && inLetter <= 'Z' ? char(inLetter + 32) : inLetter;
+    });
+    return extension == ".braw";
+}
+
+/// @throws Failure (kExit_Failed), after the window was closed if there is one.
+[[noreturn]] void RedirectToPlugin(Context& ioContext, const FrameOptions& inOptions)
+{
+    if (inOptions.inWindow) {
+        OpenUserInterface(ioContext, {})->ShowBlackmagicRAWRedirect();
+    }
+    throw Failure(
+        kExit_Failed,
+        Text("$$$/Halcyon/TrHost/NeedsBlackmagicRAW=@0: Blackmagic RAW video needs a plug-in; for more "
+             "information go to @1#{@1: web address}",
+             {kiocore::filesupport::FromNative(inOptions.media), TR::GetPluginRedirectURL()}));
+}
+
+} // namespace
+
 int Frame(Context& ioContext, const FrameOptions& inOptions)
 {
+    if (IsBlackmagicRAW(inOptions.media)) {
+        RedirectToPlugin(ioContext, inOptions);
+    }
     const FrameOutput output(inOptions.form);
     ThrowIfSameFile(inOptions, output);
     const UTF16String media = kiocore::filesupport::FromNative(inOptions.media);

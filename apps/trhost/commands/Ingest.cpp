@@ -4,6 +4,7 @@
 #include "../support/CacheFileKinds.h"
 #include "../support/Failure.h"
 #include "../support/Interrupt.h"
+#include "../support/KeptText.h"
 #include "../support/Quantities.h"
 
 #include <TR/SharedThreads.h>
@@ -170,7 +171,7 @@ private:
         }
         if (!output.IsQuiet()) {
             for (const std::string& warning : outcome.warnings) {
-                output.Error(ToUTF16(warning));
+                output.Error(ToUTF16(ToldText(warning)));
             }
         }
     }

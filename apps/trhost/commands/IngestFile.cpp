@@ -5,6 +5,7 @@
 #include "../support/Failure.h"
 #include "../support/HostSession.h"
 #include "../support/Interrupt.h"
+#include "../support/KeptText.h"
 #include "../support/MediaLoader.h"
 #include "../support/MediaSummary.h"
 #include "../support/Records.h"
@@ -115,7 +116,7 @@ bool Ingestion::IsUpToDate()
         }
     }
     mOutcome.kind = summary->reason.empty() ? IngestOutcome::Kind::kUpToDate : IngestOutcome::Kind::kSkipped;
-    mOutcome.reason = ToUTF16(summary->reason);
+    mOutcome.reason = ToUTF16(ToldText(summary->reason));
     return true;
 }
 
@@ -157,7 +158,7 @@ void Ingestion::Make()
     RecordItem(kStream_Media, kKey_MediaSummary, mSummaryPath);
     DeleteReplacedFiles();
     mOutcome.kind = mSummary.reason.empty() ? IngestOutcome::Kind::kMade : IngestOutcome::Kind::kSkipped;
-    mOutcome.reason = ToUTF16(mSummary.reason);
+    mOutcome.reason = ToUTF16(ToldText(mSummary.reason));
 }
 
 void Ingestion::Open()
@@ -190,7 +191,9 @@ void Ingestion::Plan()
     const bool any =
         std::any_of(mPlan.begin(), mPlan.end(), [](const Planned& p) { return p.reason.empty(); });
     if (!any) {
-        mSummary.reason = mPlan.empty() ? "no audio and no video in it" : mPlan.front().reason;
+        mSummary.reason = mPlan.empty()
+                              ? "$$$/Halcyon/TrHost/Media/NoAudioNoVideo=no audio and no video in it"
+                              : mPlan.front().reason;
     }
 }
 
@@ -201,7 +204,8 @@ void Ingestion::PlanStream(const media::StreamInfo& inStream, media::OutputKind 
     planned.streamID = kiocore::utility::DecimalText(static_cast<unsigned long long>(inStream.index));
     planned.key = inKey;
     if (!inStream.decodable) {
-        planned.reason = "no decoder for " + inStream.codec;
+        planned.reason =
+            KeptText("$$$/Halcyon/TrHost/Media/NoDecoder=no decoder for @0#{@0: a codec}", {inStream.codec});
         planned.wanted = false;
     } else if (!mForce && FindsUpToDate(planned.streamID, planned.key, planned.path)) {
         planned.wanted =
@@ -233,8 +237,9 @@ void Ingestion::Conform()
     media::ConformResult result = mMedia->Conform(outputs, &progress, InterruptCancel());
     for (std::size_t i = 0; i < made.size() && i < result.outputs.size(); ++i) {
         if (!result.outputs[i].made) {
-            made[i]->reason =
-                result.outputs[i].reason.empty() ? "nothing could be decoded" : result.outputs[i].reason;
+            made[i]->reason = result.outputs[i].reason.empty()
+                                  ? "$$$/Halcyon/TrHost/Media/NothingDecodedOfStream=nothing could be decoded"
+                                  : result.outputs[i].reason;
         }
     }
     mOutcome.warnings = std::move(result.warnings);
@@ -277,7 +282,7 @@ void Ingestion::SaveSummary()
                                                                 kiocore::filesupport::Durability::kNone);
     if (saved.result < 0) {
         throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NotSaved=@0 could not be saved: @1",
-                                         {mSummaryPath, ToUTF16(std::strerror(saved.errorNumber))}));
+                                         {mSummaryPath, kiocore::SystemErrorText(saved.errorNumber)}));
     }
 }
 
@@ -307,11 +312,11 @@ void Ingestion::DeleteReplacedFiles()
 UTF16String ReasonOf(const kiocore::kio_exception& inError)
 {
     if (inError.Code() != kiocore::kError_DamagedData) {
-        return inError.Text();
+        return Told(inError);
     }
     return Text(
         "$$$/Halcyon/TrHost/DamagedRecord=@0; \"trhost cache verify --repair\" sets damaged records aside",
-        {inError.Text()});
+        {Told(inError)});
 }
 
 } // namespace
@@ -329,7 +334,7 @@ IngestOutcome IngestFile(const UTF16String& inPath, bool inForce,
             if (!identity.isReadable) {
                 outcome.kind = Kind::kFailed;
                 outcome.reason = Text("$$$/Halcyon/TrHost/MediaUnreadable=cannot be read: @0",
-                                      {ToUTF16(std::strerror(identity.errorNumber))});
+                                      {kiocore::SystemErrorText(identity.errorNumber)});
             } else {
                 outcome = Ingestion(std::move(identity), inForce, inProgress).Run();
             }
@@ -345,7 +350,7 @@ IngestOutcome IngestFile(const UTF16String& inPath, bool inForce,
     } catch (const std::exception& error) {
         outcome = {};
         outcome.kind = Kind::kFailed;
-        outcome.reason = ToUTF16(error.what());
+        outcome.reason = Told(error);
     }
     outcome.seconds = std::chrono::duration<double>(clock.SteadyTime() - start).count();
     return outcome;

@@ -70,7 +70,7 @@ const char* NameOf(Durability inDurability)
 [[noreturn]] void ThrowBadValue(const PrefsSetOptions& inOptions, const char* inExpected)
 {
     throw Failure(kExit_Usage, Text("$$$/Halcyon/TrHost/BadPreference=prefs set @0: found @1, expected @2",
-                                    {ToUTF16(inOptions.key), ToUTF16(inOptions.value), ToUTF16(inExpected)}));
+                                    {ToUTF16(inOptions.key), ToUTF16(inOptions.value), Text(inExpected)}));
 }
 
 UTF16String FolderFrom(const PrefsSetOptions& inOptions)
@@ -78,10 +78,10 @@ UTF16String FolderFrom(const PrefsSetOptions& inOptions)
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::absolute(inOptions.value, error);
     if (inOptions.value.empty() || error) {
-        ThrowBadValue(inOptions, "a folder");
+        ThrowBadValue(inOptions, "$$$/Halcyon/TrHost/Prefs/Expected/Folder=a folder");
     }
     if (std::filesystem::exists(folder, error) && !std::filesystem::is_directory(folder, error)) {
-        ThrowBadValue(inOptions, "a folder; this is a file");
+        ThrowBadValue(inOptions, "$$$/Halcyon/TrHost/Prefs/Expected/FolderNotFile=a folder; this is a file");
     }
     return ZOL::PathUtils::ToNormalizedPath(kiocore::filesupport::FromNative(folder.native()));
 }
@@ -103,7 +103,10 @@ void SetSwitch(const SwitchPreference& inSwitch, const PrefsSetOptions& inOption
     if (inOptions.value == "default") {
         properties->Remove(inSwitch.stored);
     } else {
-        properties->SetBool(inSwitch.stored, BoolFrom(inOptions, "on, off or default"));
+        properties->SetBool(
+            inSwitch.stored,
+            BoolFrom(inOptions, "$$$/Halcyon/TrHost/Prefs/Expected/OnOffDefault=on, off or default#{words to "
+                                "be typed: not to be translated, but for or}"));
     }
 }
 
@@ -131,8 +134,10 @@ void Set(const PrefsSetOptions& inOptions)
         }
     }
     if (inOptions.key == kSideBySide) {
-        BE::GetBackend()->GetProperties()->SetBool(BE::kPrefsMediaCacheFilesSideBySide,
-                                                   BoolFrom(inOptions, "on or off"));
+        BE::GetBackend()->GetProperties()->SetBool(
+            BE::kPrefsMediaCacheFilesSideBySide,
+            BoolFrom(inOptions, "$$$/Halcyon/TrHost/Prefs/Expected/OnOff=on or off#{words to be typed: not "
+                                "to be translated, but for or}"));
     } else if (inOptions.key == kDurability) {
         for (Durability durability : {Durability::kFull, Durability::kFile, Durability::kNone}) {
             if (inOptions.value == NameOf(durability)) {
@@ -140,15 +145,17 @@ void Set(const PrefsSetOptions& inOptions)
                 return;
             }
         }
-        ThrowBadValue(inOptions, "full, file or none");
+        ThrowBadValue(inOptions, "$$$/Halcyon/TrHost/Prefs/Expected/Durability=full, file or none#{words to "
+                                 "be typed: not to be translated, but for or}");
     } else if (inOptions.key == kTheme) {
         if (!SetThemePreference(inOptions.value)) {
-            ThrowBadValue(inOptions, "dark or light");
+            ThrowBadValue(inOptions, "$$$/Halcyon/TrHost/Prefs/Expected/Theme=dark or light#{words to be "
+                                     "typed: not to be translated, but for or}");
         }
     } else if (inOptions.key == kMemoryBudget) {
         const auto bytes = ParseSize(inOptions.value);
         if (!bytes) {
-            ThrowBadValue(inOptions, "a size such as 64M");
+            ThrowBadValue(inOptions, "$$$/Halcyon/TrHost/Prefs/Expected/Size=a size such as 64M");
         }
         Preferences()->SetRecordMemoryBudget(*bytes);
     } else {

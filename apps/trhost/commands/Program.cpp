@@ -4,6 +4,8 @@
 #include "../support/HostSession.h"
 #include "../support/Interrupt.h"
 
+#include <TR/TRFoundation.h>
+#include <kiocore/config/Errors.h>
 #include <kiocore/config/Localizer.h>
 #include <kiocore/debug/Trace.h>
 #include <kiocore/platform/Modules.h>
@@ -11,6 +13,8 @@
 #include <charconv>
 #include <cstdlib>
 #include <exception>
+#include <optional>
+#include <string_view>
 
 namespace trhost {
 
@@ -56,20 +60,20 @@ std::string LanguageOfEnvironment()
     return {};
 }
 
-void ChooseLanguage(const GlobalOptions& inOptions, Output& ioOutput)
+/// What --lang says, wherever it stands; null when it does not.
+std::optional<std::string> LanguageOfArguments(int inCount, char** inArguments)
 {
-    const bool asked = !inOptions.language.empty();
-    const std::string language = asked ? inOptions.language : LanguageOfEnvironment();
-    if (language.empty() || language == "POSIX") {
-        return;
+    constexpr std::string_view kOption = "--lang";
+    std::optional<std::string> language;
+    for (int i = 1; i < inCount && std::string_view(inArguments[i]) != "--"; ++i) {
+        const std::string_view argument = inArguments[i];
+        if (argument == kOption && i + 1 < inCount) {
+            language = inArguments[++i];
+        } else if (argument.starts_with(kOption) && argument.substr(kOption.size()).starts_with('=')) {
+            language = argument.substr(kOption.size() + 1);
+        }
     }
-    const std::string program = kiocore::platform::ProgramPath();
-    const std::string folder = program.substr(0, program.find_last_of('/')) + "/../share/trhost/locale";
-    if (kiocore::config::Localizer::SetLanguage(language, folder) < 0 && asked) {
-        ioOutput.Error(
-            Text("$$$/Halcyon/TrHost/NoLanguage=there are no texts in language @0 in @1; English is used",
-                 {ToUTF16(language), ToUTF16(folder)}));
-    }
+    return language;
 }
 
 int RunInSession(const GlobalOptions& inOptions, Output& ioOutput,
@@ -77,7 +81,6 @@ int RunInSession(const GlobalOptions& inOptions, Output& ioOutput,
 {
     const ScInterruptHandler interruptHandler;
     SwitchTracesOn(inOptions);
-    ChooseLanguage(inOptions, ioOutput);
     const StateFolders folders = FindStateFolders(inOptions.stateFolder);
     const HostSession session(inOptions, folders, ioOutput);
     Context context{inOptions, ioOutput, folders, session.GetMainThread()};
@@ -91,6 +94,30 @@ std::string ProgramVersion()
     return "trhost " TRHOST_VERSION;
 }
 
+void ChooseLanguage(int inCount, char** inArguments)
+{
+    using kiocore::config::Localizer;
+    const std::optional<std::string> asked = LanguageOfArguments(inCount, inArguments);
+    const std::string language = asked ? *asked : LanguageOfEnvironment();
+    const std::string program = kiocore::platform::ProgramPath();
+    const std::string folder = program.substr(0, program.find_last_of('/')) + "/../share/trhost/locale";
+    try {
+        if (Localizer::SetLanguage(language, folder) < 0 && asked) {
+            Output(false, false)
+                .Error(Text("$$$/Halcyon/TrHost/NoLanguage=there are no texts in language @0 in @1; English "
+                            "is used",
+                            {ToUTF16(language), ToUTF16(folder)}));
+        }
+    } catch (const kiocore::kio_exception& error) {
+        // What the environment says may be meant for other programs.
+        if (asked || error.Code() != kiocore::kError_BadArgument) {
+            throw;
+        }
+    }
+    const auto* const inLibrary = reinterpret_cast<const void*>(&TR::TRFoundation::Initialize);
+    Localizer::AddTexts(kiocore::platform::ResourceFolder(inLibrary, "TRFoundation") + "/locale");
+}
+
 int RunCommand(const GlobalOptions& inOptions, const std::function<int(Context&)>& inCommand)
 {
     Output output(inOptions.json, inOptions.quiet);
@@ -100,7 +127,7 @@ int RunCommand(const GlobalOptions& inOptions, const std::function<int(Context&)
         output.Error(failure.GetText());
         return failure.GetStatus();
     } catch (const std::exception& error) {
-        output.Error(ToUTF16(error.what()));
+        output.Error(Told(error));
         return kExit_Failed;
     }
 }

@@ -2,6 +2,8 @@
 
 #include "DevicesModule.h"
 
+#include "../support/Failure.h"
+
 #include <kiocore/config/Errors.h>
 
 #include <exception>
@@ -57,7 +59,7 @@ void DeviceRunner::Run()
         try {
             pause = Turn(orders);
         } catch (const std::exception& error) {
-            Fail(error.what());
+            Fail(Told(error));
             pause = Pause::zero();
         }
         // Trying again counts as not settled: how it ends is not known yet.
@@ -70,7 +72,7 @@ void DeviceRunner::Run()
     try {
         mWork.HaveClosed();
     } catch (const std::exception& error) {
-        Tell(Kind::kFailed, kiocore::utility::ToUTF16(error.what()));
+        Tell(Kind::kFailed, Told(error));
         mHasFailed = true;
     }
 }
@@ -132,17 +134,16 @@ void DeviceRunner::LetGo()
     mWork.HaveClosed();
 }
 
-void DeviceRunner::Fail(const char* inReason)
+void DeviceRunner::Fail(kiocore::UTF16String inReason)
 {
     CloseHardware();
     mOrders->GiveUp();
-    std::string reason = inReason;
     try {
         mWork.HaveClosed();
     } catch (const std::exception& error) {
-        reason += std::string("; ") + error.what();
+        inReason += u"; " + Told(error);
     }
-    Tell(Kind::kFailed, kiocore::utility::ToUTF16(reason));
+    Tell(Kind::kFailed, std::move(inReason));
     mHasFailed = true;
     mDeviceThread.Deactivate(mProxy);
 }

@@ -67,7 +67,7 @@ private:
     Pause TryToOpen();
     void LetGo();
     void CloseHardware();
-    void Fail(const char* inReason);
+    void Fail(kiocore::UTF16String inReason);
 
     const std::shared_ptr<DeviceOrders> mOrders = std::make_shared<DeviceOrders>();
     const std::shared_ptr<DeviceTimeline> mTimeline;

@@ -59,7 +59,7 @@ void DeviceScriptRun::Run(const DeviceScript& inScript)
             throw Failure(failure ? failure->GetStatus() : kExit_Failed,
                           Text("$$$/Halcyon/TrHost/Script/AtLine=@0:@1: @2#{@0: a file, @1: line, @2: what}",
                                {mScriptName, DecimalText(unsigned(statement.line)),
-                                failure ? failure->GetText() : ToUTF16(error.what())}));
+                                failure ? failure->GetText() : Told(error)}));
         }
     }
     while (!mDevices.empty()) {

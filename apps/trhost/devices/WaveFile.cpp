@@ -1,5 +1,7 @@
 #include "WaveFile.h"
 
+#include "../support/LocalText.h"
+
 #include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/FileCalls.h>
 #include <kiocore/filesupport/TemporaryFile.h>
@@ -42,8 +44,11 @@ private:
 
 [[noreturn]] void ThrowExists(const std::string& inPath)
 {
-    throw kiocore::kio_exception(inPath + " is there already; it is overwritten only with --force",
-                                 kiocore::kError_BadArgument);
+    throw kiocore::kio_exception(
+        LocalText(
+            "$$$/Halcyon/TrHost/Device/FileThere=@0 is there already; it is overwritten only with --force",
+            {inPath}),
+        kiocore::kError_BadArgument);
 }
 
 } // namespace
@@ -88,7 +93,9 @@ void WaveFile::CheckPlace() const
         return; // what is wrong with the folder shows when the file is made
     }
     if (!S_ISREG(status.st_mode)) {
-        throw kiocore::kio_exception(mPath + " is no regular file; expected the name of a new WAVE file",
+        throw kiocore::kio_exception(LocalText("$$$/Halcyon/TrHost/Device/NotRegular=@0 is no regular file; "
+                                               "expected the name of a new WAVE file",
+                                               {mPath}),
                                      kiocore::kError_BadArgument);
     }
     if (!mOverwrite) {

@@ -14,6 +14,19 @@ constexpr const char* kKindNames[] = {"video filter", "transition", "generator",
 constexpr const char* kParameterKindNames[] = {"bool", "integer", "number",  "choice",
                                                "text", "color",   "position"};
 
+constexpr const char* kKindTexts[] = {"$$$/Halcyon/TrHost/Effects/Kind/VideoFilter=video filter",
+                                      "$$$/Halcyon/TrHost/Effects/Kind/Transition=transition",
+                                      "$$$/Halcyon/TrHost/Effects/Kind/Generator=generator",
+                                      "$$$/Halcyon/TrHost/Effects/Kind/AudioFilter=audio filter"};
+constexpr const char* kParameterKindTexts[] = {
+    "$$$/Halcyon/TrHost/Effects/ParameterKind/Bool=bool#{a value that is true or false}",
+    "$$$/Halcyon/TrHost/Effects/ParameterKind/Integer=integer",
+    "$$$/Halcyon/TrHost/Effects/ParameterKind/Number=number",
+    "$$$/Halcyon/TrHost/Effects/ParameterKind/Choice=choice",
+    "$$$/Halcyon/TrHost/Effects/ParameterKind/Text=text",
+    "$$$/Halcyon/TrHost/Effects/ParameterKind/Color=color",
+    "$$$/Halcyon/TrHost/Effects/ParameterKind/Position=position"};
+
 using kiocore::serialization::JSON;
 
 template <typename Enum, std::size_t N>
@@ -38,6 +51,16 @@ const char* NameOf(EffectKind inKind)
 const char* NameOf(ParameterKind inKind)
 {
     return kParameterKindNames[static_cast<std::size_t>(inKind)];
+}
+
+const char* TextOf(EffectKind inKind)
+{
+    return kKindTexts[static_cast<std::size_t>(inKind)];
+}
+
+const char* TextOf(ParameterKind inKind)
+{
+    return kParameterKindTexts[static_cast<std::size_t>(inKind)];
 }
 
 } // namespace trhost::effects

@@ -11,10 +11,14 @@ namespace trhost::effects {
 enum class EffectKind { kVideoFilter, kTransition, kGenerator, kAudioFilter };
 /// "video filter", "transition", "generator", "audio filter".
 const char* NameOf(EffectKind inKind);
+/// The same as a localised text.
+const char* TextOf(EffectKind inKind);
 
 enum class ParameterKind { kBool, kInteger, kNumber, kChoice, kText, kColor, kPosition };
 /// "bool", "integer", "number", "choice", "text", "color", "position".
 const char* NameOf(ParameterKind inKind);
+/// The same as a localised text.
+const char* TextOf(ParameterKind inKind);
 
 /// One thing that can be set on an effect. Values are texts everywhere outside the engines:
 ///   bool "true" / "false"; integer, number in decimal with a point; choice one of the choices;
@@ -51,8 +55,8 @@ struct EffectDescription {
     std::vector<EffectParameter> parameters;
     int audioInputs = 0; ///< channels of one instance; audio only
     int audioOutputs = 0;
-    /// Why it is listed and cannot be run, one line: "needs libopencv_core.so.406, which is not installed".
-    /// Empty when it runs.
+    /// Why it is listed and cannot be run, a kept text (support/KeptText.h) of one line: "needs
+    /// libopencv_core.so.406, which is not installed". Empty when it runs.
     std::string refusal;
 };
 

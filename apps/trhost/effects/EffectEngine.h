@@ -18,8 +18,8 @@
 /// loaded: trhost_frei0r, trhost_avfilter, trhost_ladspa. Nothing of theirs shows here.
 namespace trhost::effects {
 
-/// Codes of the engines' own failures, thrown as kiocore::kio_exception; the text is one line naming the
-/// plug-in, what was found and what was expected.
+/// Codes of the engines' own failures, thrown as kiocore::kio_exception with a kept text
+/// (support/KeptText.h): one line naming the plug-in, what was found and what was expected.
 enum EffectErrorCode : std::uint32_t {
     kEffectError_NoPlugin = 0x80F30001,     ///< the file cannot be loaded or holds no such plug-in
     kEffectError_Refused = 0x80F30002,      ///< listed, not run (see EffectDescription::refusal)

@@ -1,6 +1,7 @@
 #include "PluginParameters.h"
 
 #include "EffectEngine.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -126,7 +127,9 @@ std::string PositionText(const PositionValue& inPosition)
 bool ParseBool(const std::string& inMatchName, const EffectParameter& inParameter, const std::string& inText)
 {
     if (inText != "true" && inText != "false") {
-        ThrowBadValue(inMatchName, inParameter, inText, "true or false");
+        ThrowBadValue(inMatchName, inParameter, inText,
+                      KeptText("$$$/Halcyon/TrHost/Effects/Expected/Either=@0 or @1#{@0: true, @1: false}",
+                               {"true", "false"}));
     }
     return inText == "true";
 }
@@ -137,9 +140,14 @@ double ParseNumber(const std::string& inMatchName, const EffectParameter& inPara
     const bool isInteger = inParameter.kind == ParameterKind::kInteger;
     const auto value = FiniteNumber(inText);
     if (!value || (isInteger && *value != std::trunc(*value))) {
-        std::string expected = isInteger ? "a whole number" : "a number";
+        std::string expected = isInteger ? "$$$/Halcyon/TrHost/Effects/Expected/WholeNumber=a whole number"
+                                         : "$$$/Halcyon/TrHost/Effects/Expected/Number=a number";
         if (inParameter.hasRange) {
-            expected += " from " + NumberText(inParameter.minimum) + " to " + NumberText(inParameter.maximum);
+            expected = KeptText(
+                isInteger
+                    ? "$$$/Halcyon/TrHost/Effects/Expected/WholeNumberFromTo=a whole number from @0 to @1"
+                    : "$$$/Halcyon/TrHost/Effects/Expected/NumberFromTo=a number from @0 to @1",
+                {NumberText(inParameter.minimum), NumberText(inParameter.maximum)});
         }
         ThrowBadValue(inMatchName, inParameter, inText, expected);
     }
@@ -158,12 +166,14 @@ ColorValue ParseColor(const std::string& inMatchName, const EffectParameter& inP
         const char* const from = inText.data() + 1 + 2 * i;
         const auto result = std::from_chars(from, from + 2, byte, 16);
         if (result.ec != std::errc() || result.ptr != from + 2) {
-            ThrowBadValue(inMatchName, inParameter, inText, "a color as #rrggbb");
+            ThrowBadValue(inMatchName, inParameter, inText,
+                          "$$$/Halcyon/TrHost/Effects/Expected/Color=a color as #rrggbb");
         }
         parts[i] = byte / 255.0;
     }
     if (!isSized) {
-        ThrowBadValue(inMatchName, inParameter, inText, "a color as #rrggbb");
+        ThrowBadValue(inMatchName, inParameter, inText,
+                      "$$$/Halcyon/TrHost/Effects/Expected/Color=a color as #rrggbb");
     }
     return {parts[0], parts[1], parts[2], parts[3]};
 }
@@ -180,7 +190,8 @@ PositionValue ParsePosition(const std::string& inMatchName, const EffectParamete
         y = FiniteNumber(text.substr(comma + 1));
     }
     if (!x || !y) {
-        ThrowBadValue(inMatchName, inParameter, inText, "a position as x,y, each from 0 to 1");
+        ThrowBadValue(inMatchName, inParameter, inText,
+                      "$$$/Halcyon/TrHost/Effects/Expected/Position=a position as x,y, each from 0 to 1");
     }
     return {std::clamp(*x, 0.0, 1.0), std::clamp(*y, 0.0, 1.0)};
 }
@@ -189,16 +200,20 @@ void ThrowNoSuchParameter(const std::string& inMatchName, const std::string& inN
                           const std::vector<std::string>& inNames)
 {
     throw kiocore::kio_exception(
-        inMatchName + " has no parameter " + OneLine(inName) + "; " +
-            (inNames.empty() ? std::string("it has none") : "there are: " + Join(inNames)),
+        inNames.empty()
+            ? KeptText("$$$/Halcyon/TrHost/Effects/NoParameters=@0 has no parameter @1; it has none",
+                       {inMatchName, OneLine(inName)})
+            : KeptText("$$$/Halcyon/TrHost/Effects/NoParameter=@0 has no parameter @1; there are: @2",
+                       {inMatchName, OneLine(inName), Join(inNames)}),
         kEffectError_BadParameter);
 }
 
 void ThrowBadValue(const std::string& inMatchName, const EffectParameter& inParameter,
                    const std::string& inText, const std::string& inExpected)
 {
-    throw kiocore::kio_exception("Parameter " + inParameter.name + " of " + inMatchName + " is set to '" +
-                                     OneLine(inText) + "'; expected " + inExpected,
+    throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/BadValue=Parameter @0 of @1 is set to "
+                                          "'@2'; expected @3#{@1: a match name, @3: a whole number}",
+                                          {inParameter.name, inMatchName, OneLine(inText), inExpected}),
                                  kEffectError_BadParameter);
 }
 

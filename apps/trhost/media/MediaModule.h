@@ -13,9 +13,10 @@
 /// No media library shows here: trhost is started often, and mostly finds everything up to date.
 namespace trhost::media {
 
-/// Codes of the module's own failures, thrown as kiocore::kio_exception. Others that it throws:
-/// file_exception (the media file could not be read, a cache file not written), kError_Cancelled,
-/// kError_BadArgument. The text is always one line: the file, what was found, what was expected.
+/// Codes of the module's own failures, thrown as kiocore::kio_exception with a kept text
+/// (support/KeptText.h). Others that it throws: file_exception (the media file could not be read, a cache
+/// file not written), kError_Cancelled, kError_BadArgument. The text is always one line: the file, what was
+/// found, what was expected.
 enum MediaErrorCode : std::uint32_t {
     kMediaError_NotMedia = 0x80F10001,       ///< not a media file, or nothing in it that could be conformed
     kMediaError_NothingDecoded = 0x80F10002, ///< a media file, but none of the outputs could be made from it
@@ -56,7 +57,7 @@ struct Output {
 /// How one output fared.
 struct OutputResult {
     bool made = false;
-    std::string reason;     ///< one line why it was not made; empty when made
+    std::string reason;     ///< a kept text, one line why it was not made; empty when made
     std::int64_t count = 0; ///< frames of audio, buckets of the finest peak level, entries of the index
     std::int64_t bytes = 0; ///< size of the file
 };
@@ -66,7 +67,7 @@ struct ConformResult {
     std::int64_t damagedPackets = 0;   ///< left out or decoded only in part
     std::int64_t insertedFrames = 0; ///< of silence where a stream starts late or has a gap, at its own rate
     std::int64_t droppedFrames = 0;  ///< of sound before the start of the file or said twice, at its own rate
-    std::vector<std::string> warnings; ///< one line each: the file, the stream, what was found
+    std::vector<std::string> warnings; ///< kept texts, one line each: the file, the stream, what was found
 };
 
 /// Asked very often while the module works, on the thread that called it.

@@ -27,11 +27,11 @@ std::optional<TR::CrashedEffectPlugin> ConsumeCrashFile(Output& ioOutput)
             return std::nullopt;
         }
         ioOutput.Error(Text("$$$/Halcyon/TrHost/CrashFileFailed=the report of a crash could not be read: @0",
-                            {ToUTF16(error.what())}));
+                            {Told(error)}));
     } catch (const std::exception& error) {
         ioOutput.Error(
             Text("$$$/Halcyon/TrHost/CrashFileDamaged=the report of a crash was damaged, and is gone: @0",
-                 {ToUTF16(error.what())}));
+                 {Told(error)}));
     }
     return std::nullopt;
 }
@@ -92,8 +92,8 @@ void TakeOverCrashReports(const StateFolders& inFolders, Output& ioOutput)
             }
         }
     } catch (const std::exception& error) {
-        ioOutput.Error(Text("$$$/Halcyon/TrHost/CrashesNotKept=what crashed could not be looked up: @0",
-                            {ToUTF16(error.what())}));
+        ioOutput.Error(
+            Text("$$$/Halcyon/TrHost/CrashesNotKept=what crashed could not be looked up: @0", {Told(error)}));
     }
 }
 

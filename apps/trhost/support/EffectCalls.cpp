@@ -1,6 +1,7 @@
 #include "EffectCalls.h"
 
 #include "Failure.h"
+#include "KeptText.h"
 #include "ModuleLoader.h"
 #include "PluginWatch.h"
 
@@ -39,7 +40,8 @@ void RunCall(const ImmutableString& inMatchName, const std::function<void()>& in
     } catch (const std::exception& error) {
         ThrowPluginThrew(inMatchName, error.what());
     } catch (...) {
-        ThrowPluginThrew(inMatchName, "of a type that says nothing");
+        ThrowPluginThrew(inMatchName, ToldText("$$$/Halcyon/TrHost/Effects/ThrewSilently=of a type that says "
+                                               "nothing#{stands for what an exception said}"));
     }
 }
 

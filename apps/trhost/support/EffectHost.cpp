@@ -3,6 +3,7 @@
 #include "EffectCalls.h"
 #include "Failure.h"
 #include "Interrupt.h"
+#include "KeptText.h"
 #include "ModuleLoader.h"
 
 #include <TR/EffectEnablement.h>
@@ -62,16 +63,16 @@ void SetParameters(Effect& ioEffect, const std::vector<std::string>& inParameter
             if (error.Code() != effects::kEffectError_BadParameter) {
                 throw;
             }
-            throw Failure(kExit_Usage, error.Text());
+            throw Failure(kExit_Usage, Told(error));
         }
     }
 }
 
-[[noreturn]] void ThrowWrongKind(const EffectDescription& inEffect, const char* inWanted)
+[[noreturn]] void ThrowWrongKind(const EffectDescription& inEffect, std::string_view inWanted)
 {
     throw Failure(kExit_Negative,
                   Text("$$$/Halcyon/TrHost/WrongEffectKind=@0 is a @1; expected a @2",
-                       {ToUTF16(inEffect.matchName), ToUTF16(NameOf(inEffect.kind)), ToUTF16(inWanted)}));
+                       {ToUTF16(inEffect.matchName), Text(TextOf(inEffect.kind)), Text(inWanted)}));
 }
 
 } // namespace
@@ -133,10 +134,16 @@ std::vector<const CatalogueEffect*> EffectHost::FindAll(const std::vector<std::s
             }
         }
         if (!isKnown) {
-            throw Failure(kExit_Negative,
-                          Text("$$$/Halcyon/TrHost/NoSuchEffect=there is no effect @0@1; trhost effects list "
-                               "prints all",
-                               {ToUTF16(name), ToUTF16(SimilarNames(name))}));
+            const std::string similar = SimilarNames(name);
+            throw Failure(
+                kExit_Negative,
+                similar.empty()
+                    ? Text("$$$/Halcyon/TrHost/NoSuchEffect=there is no effect @0; trhost effects list "
+                           "prints all",
+                           {ToUTF16(name)})
+                    : Text("$$$/Halcyon/TrHost/NoSuchEffectBut=there is no effect @0, but @1; trhost "
+                           "effects list prints all#{@1: similar names}",
+                           {ToUTF16(name), ToUTF16(similar)}));
         }
     }
     if (inNames.empty()) {
@@ -155,7 +162,7 @@ std::string EffectHost::SimilarNames(const std::string& inName) const
         const bool isSimilar = Lower(effect.description.matchName).find(wanted) != std::string::npos ||
                                Lower(effect.description.displayName).find(wanted) != std::string::npos;
         if (!wanted.empty() && isSimilar && count++ < kMostNames) {
-            names += (names.empty() ? ", but " : ", ") + effect.description.matchName;
+            names += (names.empty() ? "" : ", ") + effect.description.matchName;
         }
     }
     return names;
@@ -169,11 +176,11 @@ const CatalogueEffect& EffectHost::FindRunnable(const std::string& inMatchName) 
         throw Failure(kExit_Negative,
                       Text("$$$/Halcyon/TrHost/EffectUnknown=@0 cannot run: @1; trhost effects info @0 "
                            "--rescan tries again",
-                           {name, ToUTF16(effect.failure)}));
+                           {name, ToUTF16(ToldText(effect.failure))}));
     }
     if (!effect.description.refusal.empty()) {
         throw Failure(kExit_Negative, Text("$$$/Halcyon/TrHost/EffectRefused=@0 cannot run: @1",
-                                           {name, ToUTF16(effect.description.refusal)}));
+                                           {name, ToUTF16(ToldText(effect.description.refusal))}));
     }
     if (!TR::IsEffectEnabled(effect.description.matchName)) {
         throw Failure(
@@ -194,7 +201,7 @@ std::unique_ptr<effects::IVideoEffect> OpenVideoEffect(const EffectDescription& 
                                                        const std::vector<std::string>& inParameters)
 {
     if (inEffect.kind == EffectKind::kAudioFilter) {
-        ThrowWrongKind(inEffect, "video filter, transition or generator");
+        ThrowWrongKind(inEffect, "$$$/Halcyon/TrHost/VideoKinds=video filter, transition or generator");
     }
     effects::IEffectEngine& engine = LoadEffectEngine(inEffect.technology);
     kiocore::InterfaceRef<effects::IVideoEffectModule> module;
@@ -213,7 +220,7 @@ std::unique_ptr<effects::IAudioEffect> OpenAudioEffect(const EffectDescription& 
                                                        const std::vector<std::string>& inParameters)
 {
     if (inEffect.kind != EffectKind::kAudioFilter) {
-        ThrowWrongKind(inEffect, "audio filter");
+        ThrowWrongKind(inEffect, TextOf(EffectKind::kAudioFilter));
     }
     const kiocore::InterfaceRef<effects::IAudioEffectModule> module =
         LoadEffectEngine(inEffect.technology).OpenFilter(inEffect);

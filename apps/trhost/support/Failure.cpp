@@ -1,5 +1,7 @@
 #include "Failure.h"
 
+#include "KeptText.h"
+
 #include <kiocore/config/Localizer.h>
 
 #include <utility>
@@ -10,6 +12,11 @@ UTF16String Text(std::string_view inLocalisedText, std::initializer_list<UTF16St
 {
     using kiocore::config::Localizer;
     return Localizer::Format(Localizer::GetText(inLocalisedText), std::vector<UTF16String>(inValues));
+}
+
+UTF16String Told(const std::exception& inError)
+{
+    return kiocore::utility::ToUTF16(ToldText(inError.what()));
 }
 
 Failure::Failure(ExitStatus inStatus, UTF16String inText)

@@ -23,6 +23,9 @@ enum ExitStatus : int {
 /// A localised text ("$$$/Key=English default") with "@0", "@1", ... replaced by the values.
 UTF16String Text(std::string_view inLocalisedText, std::initializer_list<UTF16String> inValues = {});
 
+/// What an exception says, in the language of the process: modules throw kept texts.
+UTF16String Told(const std::exception& inError);
+
 /// Ends a command: a line for standard error and the exit status.
 ///
 /// Threading: a value.

@@ -3,6 +3,7 @@
 #include <VF/PNG.h>
 #include <VF/VideoFrameManipulators.h>
 #include <VF/VideoFrames.h>
+#include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/AtomicFile.h>
 #include <kiocore/filesupport/NativePath.h>
 
@@ -140,7 +141,7 @@ void FrameOutput::Write(const MF::IVideoFrameRef& inFrame) const
     }
     if (saved.result < 0) {
         throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/NotSaved=@0 could not be saved: @1",
-                                         {mPath, ToUTF16(std::strerror(saved.errorNumber))}));
+                                         {mPath, kiocore::SystemErrorText(saved.errorNumber)}));
     }
 }
 

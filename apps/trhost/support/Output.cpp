@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Quantities.h"
 
+#include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
 #include <kiocore/threads/Clock.h>
 
@@ -78,7 +79,7 @@ void Output::Write(const std::string& inLine)
     if (std::fflush(stdout) != 0) {
         throw Failure(kExit_Failed,
                       Text("$$$/Halcyon/TrHost/OutputFailed=cannot write to standard output: @0",
-                           {kiocore::utility::ToUTF16(std::strerror(errno))}));
+                           {kiocore::SystemErrorText(errno)}));
     }
 }
 

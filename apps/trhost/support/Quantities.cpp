@@ -122,4 +122,12 @@ std::string FormatDuration(double inSeconds)
     return text;
 }
 
+std::optional<float> ParseScale(std::string_view inText)
+{
+    float scale = 0;
+    const auto [end, error] = std::from_chars(inText.data(), inText.data() + inText.size(), scale);
+    const bool isNumber = error == std::errc() && end == inText.data() + inText.size();
+    return isNumber && scale >= 0.5f && scale <= 4 ? std::optional(scale) : std::nullopt;
+}
+
 } // namespace trhost

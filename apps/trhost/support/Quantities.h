@@ -14,6 +14,8 @@ std::optional<std::uint64_t> ParseSize(std::string_view inText);
 /// "90d", "12h", "30m", "45s", "2w", "1.5d". A number without unit is refused: nobody should delete by
 /// seconds who meant days. Empty when it is no age.
 std::optional<std::chrono::nanoseconds> ParseAge(std::string_view inText);
+/// How large things are shown: a number from 0.5 to 4.
+std::optional<float> ParseScale(std::string_view inText);
 
 /// "1.4 MB", "312 B": three significant digits, factors of 1024.
 std::string FormatSize(std::uint64_t inBytes);

@@ -3,6 +3,7 @@
 #include "CacheFileKinds.h"
 #include "Failure.h"
 #include "HostSession.h"
+#include "LocalText.h"
 
 #include <BE/XMLFile.h>
 #include <TR/MediaAcceleratorDatabase.h>
@@ -126,6 +127,19 @@ TR::MediaAcceleratorDatabaseEntry::Streams LiveItems(const TR::MediaAcceleratorD
 
 } // namespace
 
+UTF16String TextOf(ItemState inState)
+{
+    switch (inState) {
+    case ItemState::kPresent:
+        return Text("$$$/Halcyon/TrHost/ItemState/Present=present#{of a cache file}");
+    case ItemState::kMissing:
+        return Text("$$$/Halcyon/TrHost/ItemState/Missing=missing#{of a cache file}");
+    case ItemState::kChanged:
+        return Text("$$$/Halcyon/TrHost/ItemState/Changed=changed#{of a cache file}");
+    }
+    return {};
+}
+
 const char* NameOf(ItemState inState)
 {
     switch (inState) {
@@ -181,13 +195,14 @@ std::optional<Record> ReadRecord(const UTF16String& inPath, std::string& outErro
         InterfaceRef<BE::ISerializeable> object;
         if (!reader->GetDataReader().ReadObject(
                 TR::MediaAcceleratorDatabaseEntry::kMediaAcceleratorDatabaseEntryKey, object)) {
-            outError = "holds no record of a media document";
+            outError = LocalText("$$$/Halcyon/TrHost/HoldsNoRecord=holds no record of a media document");
             return std::nullopt;
         }
         record.entry = InterfaceRef<TR::MediaAcceleratorDatabaseEntry>(object);
         if (!record.entry) {
-            outError = "holds an object of another class than " +
-                       TR::MediaAcceleratorDatabaseEntry::kMediaAcceleratorDatabaseEntryKey.AsString();
+            outError =
+                LocalText("$$$/Halcyon/TrHost/HoldsOtherClass=holds an object of another class than @0",
+                          {TR::MediaAcceleratorDatabaseEntry::kMediaAcceleratorDatabaseEntryKey.AsString()});
             return std::nullopt;
         }
         StoredItems stored;

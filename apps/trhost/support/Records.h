@@ -33,6 +33,8 @@ enum class ItemState {
     kChanged, ///< it is there, but was written since it was recorded
 };
 const char* NameOf(ItemState inState);
+/// The same for people.
+UTF16String TextOf(ItemState inState);
 
 /// One recorded cache file.
 struct RecordedItem {

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <kiocore/config/Errors.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -30,7 +31,7 @@ std::string ReadStandardInput(std::size_t inMaxBytes)
                 continue;
             }
             throw Failure(kExit_Failed, Text("$$$/Halcyon/TrHost/InputFailed=cannot read standard input: @0",
-                                             {ToUTF16(std::strerror(errno))}));
+                                             {kiocore::SystemErrorText(errno)}));
         }
         text.append(block, static_cast<std::size_t>(got));
         if (text.size() > inMaxBytes) {

@@ -1,6 +1,7 @@
 #include "EffectText.h"
 
 #include "../../support/Failure.h"
+#include "../../support/KeptText.h"
 
 #include <TR/EffectEnablement.h>
 #include <kiocore/filesupport/NativePath.h>
@@ -20,19 +21,24 @@ void Append(UTF16String& ioList, const UTF16String& inText)
     ioList += (ioList.empty() ? u"" : u", ") + inText;
 }
 
+/// Why it cannot run; empty when it can.
+std::string ReasonOf(const CatalogueEffect& inEffect)
+{
+    return ToldText(inEffect.failure.empty() ? inEffect.description.refusal : inEffect.failure);
+}
+
+} // namespace
+
 int CrashesOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes)
 {
     const auto found = inCrashes.find(inEffect.description.matchName);
     return found == inCrashes.end() ? 0 : found->second;
 }
 
-/// Why it cannot run; empty when it can.
-std::string ReasonOf(const CatalogueEffect& inEffect)
+UTF16String KindText(effects::EffectKind inKind)
 {
-    return inEffect.failure.empty() ? inEffect.description.refusal : inEffect.failure;
+    return Text(TextOf(inKind));
 }
-
-} // namespace
 
 UTF16String TypeNames(const CatalogueEffect& inEffect)
 {
@@ -64,7 +70,7 @@ UTF16String LineOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrash
 {
     UTF16String line = ToUTF16(inEffect.description.matchName) + u"  " +
                        ToUTF16(inEffect.description.displayName) + u"  (" +
-                       ToUTF16(NameOf(inEffect.description.kind)) + u")";
+                       Text(TextOf(inEffect.description.kind)) + u")";
     if (const UTF16String types = TypeNames(inEffect); !types.empty()) {
         line += u"  " + types;
     }

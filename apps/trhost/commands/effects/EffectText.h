@@ -13,6 +13,10 @@ namespace trhost {
 /// How often each effect crashed, by match name.
 using EffectCrashes = std::map<std::string, int>;
 EffectCrashes ReadEffectCrashes(const StateFolders& inFolders);
+int CrashesOf(const CatalogueEffect& inEffect, const EffectCrashes& inCrashes);
+
+/// What people call it: "video filter".
+kiocore::UTF16String KindText(effects::EffectKind inKind);
 
 /// "YUV, 32BitColor".
 kiocore::UTF16String TypeNames(const CatalogueEffect& inEffect);

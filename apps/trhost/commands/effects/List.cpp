@@ -38,7 +38,7 @@ JsonLine AsJson(const EffectParameter& inParameter)
 /// "number from 0 to 1, default 0.5", "choice of a, b, default a".
 UTF16String DescribeParameter(const EffectParameter& inParameter)
 {
-    UTF16String text = ToUTF16(NameOf(inParameter.kind));
+    UTF16String text = Text(TextOf(inParameter.kind));
     if (inParameter.hasRange) {
         text = Text("$$$/Halcyon/TrHost/ParamRange=@0 from @1 to @2",
                     {text, NumberText(inParameter.minimum), NumberText(inParameter.maximum)});
@@ -78,7 +78,7 @@ void ShowInfo(Output& ioOutput, const CatalogueEffect& inEffect, const EffectCra
     const EffectDescription& effect = inEffect.description;
     ShowLine(ioOutput, "match-name", ToUTF16(effect.matchName));
     ShowLine(ioOutput, "name", ToUTF16(effect.displayName));
-    ShowLine(ioOutput, "kind", ToUTF16(NameOf(effect.kind)));
+    ShowLine(ioOutput, "kind", Text(TextOf(effect.kind)));
     ShowLine(ioOutput, "category", ToUTF16(effect.category));
     ShowLine(ioOutput, "author", ToUTF16(effect.author));
     ShowLine(ioOutput, "version", ToUTF16(effect.version));

@@ -199,7 +199,7 @@ int EffectsTransition(Context& ioContext, const EffectSearch& inSearch,
     if (effect.kind != EffectKind::kTransition) {
         throw Failure(kExit_Negative,
                       Text("$$$/Halcyon/TrHost/IsNoTransition=@0 is a @1; expected a transition",
-                           {ToUTF16(effect.matchName), ToUTF16(NameOf(effect.kind))}));
+                           {ToUTF16(effect.matchName), Text(TextOf(effect.kind))}));
     }
     ThrowIfSameFile(inOptions.from, inOptions.output);
     ThrowIfSameFile(inOptions.to, inOptions.output);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../Commands.h"
+#include "../Dialogs.h"
 #include "../EffectOptions.h"
 #include "Grammar.h"
 
@@ -27,7 +28,7 @@ private:
     std::string mMedia;
     InvalidateOptions mInvalidate;
     CopyOptions mCopy;
-    bool mDryRun = false;
+    CleanOptions mClean;
     DeleteAllOptions mDeleteAll;
     PruneOptions mPrune;
     VerifyOptions mVerify;
@@ -88,11 +89,28 @@ private:
     EffectsRunOptions mRun;
     EffectsTransitionOptions mTransition;
     EffectTypeFileOptions mTypeFile;
+    DialogOptions mManage;
 };
+
+class DialogCommands {
+public:
+    explicit DialogCommands(CommandGrammar inRoot);
+
+private:
+    CommandGrammar AddAttendance(CommandGrammar inGroup, const char* inName, const char* inDescription,
+                                 ui::Attendance inAttendance);
+
+    ShowDialogOptions mDialog;
+};
+
+/// How windows are to look.
+void AddLook(CommandGrammar inCommand, DialogOptions& outOptions);
 
 /// Empty when it is none.
 std::optional<kiomediatypes::PixelFormat> FormatNamed(const std::string& inName);
 /// The flag of commands that can tell what they would do.
 OptionGrammar AddDryRun(CommandGrammar inCommand, bool& outFlag);
+/// The flag of commands that can show their progress in a window.
+OptionGrammar AddInWindow(CommandGrammar inCommand, bool& outFlag);
 
 } // namespace trhost

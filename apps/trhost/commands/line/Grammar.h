@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI {
@@ -40,8 +41,19 @@ private:
     CLI::Option* mOption;
 };
 
+/// What a localised text says, in UTF-8; one without a key is said already.
+std::string Shown(std::string_view inText, std::initializer_list<kiocore::UTF16String> inValues = {});
+
+/// A command line that help shows as it is, and what it does in a localised text.
+struct Example {
+    const char* command;
+    const char* remark = nullptr;
+};
+/// The end of a command's help, headed "Example:" or "Examples:".
+std::string Examples(std::initializer_list<Example> inExamples);
+
 /// A command, as it is being described. A handle: the grammar owns it. Variables that options fill must live
-/// as long as the grammar.
+/// as long as the grammar. Descriptions, expectations and footers are localised texts ("$$$/Key=English").
 class CommandGrammar {
 public:
     /// Takes a value; says what it expected when the text means nothing to it.
@@ -86,13 +98,13 @@ public:
         });
     }
 
-    /// Runs when this command was named, after its options were taken. May choose a function, or throw what
-    /// MissingArgument makes.
+    /// Runs when this command was named, after its options were taken. May choose a function, or call
+    /// ThrowMissingArgument.
     void WhenNamed(std::function<void()> inFunction) const;
     void Choose(CommandFunction inFunction) const { *mChosen = std::move(inFunction); }
     /// Whether the command was named.
     bool WasNamed() const;
-    [[noreturn]] static void ThrowMissingArgument(const std::string& inWhat);
+    [[noreturn]] static void ThrowMissingArgument(const std::string& inText);
 
 private:
     CLI::App* mApp;
@@ -103,7 +115,7 @@ private:
 /// seconds.
 class Grammar {
 public:
-    Grammar(const char* inDescription, const char* inFooter, const std::string& inVersion);
+    Grammar(const char* inDescription, const std::string& inFooter, const std::string& inVersion);
     ~Grammar();
     Grammar(const Grammar&) = delete;
     Grammar& operator=(const Grammar&) = delete;

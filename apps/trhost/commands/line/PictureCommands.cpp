@@ -12,37 +12,47 @@ std::optional<kiomediatypes::PixelFormat> FormatNamed(const std::string& inName)
 
 namespace {
 
-std::string FormatNames()
+UTF16String FormatNames()
 {
     std::string names;
     for (const kiomediatypes::NamedPixelFormat& format : kiomediatypes::kPixelFormats) {
         names += std::string(names.empty() ? "" : ", ") + format.name;
     }
-    return names;
+    return kiocore::utility::ToUTF16(names);
 }
 
 /// @return the option that names the file.
 OptionGrammar AddFrameForm(CommandGrammar inCommand, FrameForm& outForm, const char* inUsualSize)
 {
     const OptionGrammar output =
-        inCommand.Option("-o,--output", outForm.output, "File to write: .png or .raw; replaced if there")
+        inCommand
+            .Option("-o,--output", outForm.output,
+                    "$$$/Halcyon/TrHost/Help/FrameForm/Output=File to write: .png or .raw; replaced if there")
             .Required()
             .Type("FILE");
     inCommand
-        .ParsedInto("--size", inUsualSize, "a size such as 1920x1080, sides up to 65535", &ParsePictureSize,
-                    outForm.size)
+        .ParsedInto(
+            "--size", inUsualSize,
+            "$$$/Halcyon/TrHost/Help/Expected/FrameFormSize=a size such as 1920x1080, sides up to 65535",
+            &ParsePictureSize, outForm.size)
         .Type("WxH");
     inCommand
-        .ParsedInto("--format", "Pixel format: " + FormatNames(), "one of " + FormatNames(), &FormatNamed,
+        .ParsedInto("--format",
+                    Shown("$$$/Halcyon/TrHost/Help/FrameForm/Format=Pixel format: @0", {FormatNames()}),
+                    Shown("$$$/Halcyon/TrHost/Help/Expected/OneOf=one of @0", {FormatNames()}), &FormatNamed,
                     outForm.format)
         .Type("FORMAT");
     inCommand
-        .ParsedInto("--par", "Width of a pixel to its height", "a ratio such as 16:15",
+        .ParsedInto("--par", "$$$/Halcyon/TrHost/Help/FrameForm/Par=Width of a pixel to its height",
+                    "$$$/Halcyon/TrHost/Help/Expected/FrameFormPar=a ratio such as 16:15",
                     &ParsePixelAspectRatio, outForm.pixelAspectRatio)
         .Type("N:D");
     inCommand
-        .ParsedInto("--quality", "How it is scaled: draft, medium, high (default)", "draft, medium or high",
-                    &ParseRenderQuality, outForm.quality)
+        .ParsedInto(
+            "--quality",
+            "$$$/Halcyon/TrHost/Help/FrameForm/Quality=How it is scaled: draft, medium, high (default)",
+            "$$$/Halcyon/TrHost/Help/Expected/FrameFormQuality=draft, medium or high", &ParseRenderQuality,
+            outForm.quality)
         .Type("QUALITY");
     return output;
 }
@@ -51,45 +61,69 @@ OptionGrammar AddFrameForm(CommandGrammar inCommand, FrameForm& outForm, const c
 
 PictureCommands::PictureCommands(CommandGrammar inRoot)
 {
-    inRoot.Add("display", "Show what displays are told: ranges, filters, fill colour", &Display)
-        .Footer("Example:\n  trhost display --app-type 5");
+    inRoot
+        .Add("display",
+             "$$$/Halcyon/TrHost/Help/Display=Show what displays are told: ranges, filters, fill colour",
+             &Display)
+        .Footer(Examples({{"trhost display --app-type 5"}}));
 
-    const CommandGrammar frame = inRoot.Add("frame", "Write the picture of media that is on show at a time",
-                                            [this](Context& ioContext) { return Frame(ioContext, mFrame); });
-    frame.Option("media", mFrame.media, "Media file").Required().Type("MEDIA");
+    const CommandGrammar frame = inRoot.Add(
+        "frame", "$$$/Halcyon/TrHost/Help/Frame=Write the picture of media that is on show at a time",
+        [this](Context& ioContext) { return Frame(ioContext, mFrame); });
+    frame.Option("media", mFrame.media, "$$$/Halcyon/TrHost/Help/MediaFile=Media file")
+        .Required()
+        .Type("MEDIA");
     frame
-        .ParsedInto("--at", "Time from the start: 1.5s, 1500ms, 00:00:01.5, or frame: 36f (default: 0s)",
-                    "a time such as 1.5s, 1500ms, 00:00:01.5, or a frame such as 36f", &ParseMediaTime,
-                    mFrame.at)
+        .ParsedInto("--at",
+                    "$$$/Halcyon/TrHost/Help/Frame/At=Time from the start: 1.5s, 1500ms, 00:00:01.5, or "
+                    "frame: 36f (default: 0s)",
+                    "$$$/Halcyon/TrHost/Help/Expected/FrameAt=a time such as 1.5s, 1500ms, 00:00:01.5, or a "
+                    "frame such as 36f",
+                    &ParseMediaTime, mFrame.at)
         .Type("TIME");
-    frame.Option("--stream", mFrame.stream, "Number of the video stream (default: the first)")
+    frame
+        .Option("--stream", mFrame.stream,
+                "$$$/Halcyon/TrHost/Help/Frame/Stream=Number of the video stream (default: the first)")
         .Range(0, 1 << 30)
         .Type("N");
     frame.Flag("--strict", mFrame.strict,
-               "Fail when the media is offline (default: write the still for that)");
-    AddFrameForm(frame, mFrame.form, "Scale to this size (default: the picture's own)");
-    frame.Footer("Example: trhost frame clip.mov --at 00:00:01.5 --size 960x540 -o still.png");
+               "$$$/Halcyon/TrHost/Help/Frame/Strict=Fail when the media is offline (default: write the "
+               "still for that)");
+    frame.Flag(
+        "--ui", mFrame.inWindow,
+        "$$$/Halcyon/TrHost/Help/Frame/Ui=Tell in a window where to find a plug-in that the media needs");
+    AddFrameForm(frame, mFrame.form,
+                 "$$$/Halcyon/TrHost/Help/Frame/Size=Scale to this size (default: the picture's own)");
+    frame.Footer(Examples({{"trhost frame clip.mov --at 00:00:01.5 --size 960x540 -o still.png"}}));
 
     AddStill(inRoot);
 }
 
 void PictureCommands::AddStill(CommandGrammar inRoot)
 {
-    const CommandGrammar still = inRoot.Add("still", "Write a built-in still picture, or list them");
-    const OptionGrammar image = still.Option("still", mStill.image, "Its number or name").Type("ID|NAME");
-    const OptionGrammar output = AddFrameForm(still, mStill.form, "Its size (default: 1920x1080)");
+    const CommandGrammar still =
+        inRoot.Add("still", "$$$/Halcyon/TrHost/Help/Still=Write a built-in still picture, or list them");
+    const OptionGrammar image =
+        still.Option("still", mStill.image, "$$$/Halcyon/TrHost/Help/Still/Still=Its number or name")
+            .Type("ID|NAME");
+    const OptionGrammar output =
+        AddFrameForm(still, mStill.form, "$$$/Halcyon/TrHost/Help/Still/Size=Its size (default: 1920x1080)");
     output.Required(false); // the list needs none
-    still.Footer("Example: trhost still MediaOffline --size 640x360 -o offline.png");
-    const CommandGrammar list = still.Add("list", "Print number, name, resource and size of all", &StillList);
+    still.Footer(Examples({{"trhost still MediaOffline --size 640x360 -o offline.png"}}));
+    const CommandGrammar list =
+        still.Add("list", "$$$/Halcyon/TrHost/Help/Still/List=Print number, name, resource and size of all",
+                  &StillList);
     still.WhenNamed([this, still, list, image, output] {
         if (list.WasNamed()) {
             return;
         }
         if (!image.WasGiven()) {
-            CommandGrammar::ThrowMissingArgument("still ID or NAME, or list,");
+            CommandGrammar::ThrowMissingArgument(
+                "$$$/Halcyon/TrHost/Line/StillMissing=still ID or NAME, or list, is required");
         }
         if (!output.WasGiven()) {
-            CommandGrammar::ThrowMissingArgument("still: --output");
+            CommandGrammar::ThrowMissingArgument(
+                "$$$/Halcyon/TrHost/Line/StillOutputMissing=still: --output is required");
         }
         still.Choose([this](Context& ioContext) { return WriteStill(ioContext, mStill); });
     });

@@ -5,6 +5,7 @@
 #include "Frei0rEffect.h"
 #include "Instance.h"
 #include "ParameterValues.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -71,20 +72,24 @@ EffectKind KindOf(const PluginInfo& inInfo)
 std::string RefusalOf(const PluginInfo& inInfo, const Functions& inFunctions)
 {
     if (inInfo.frei0rVersion > FREI0R_MAJOR_VERSION) {
-        return "made for frei0r " + std::to_string(inInfo.frei0rVersion) + "; version " +
-               std::to_string(FREI0R_MAJOR_VERSION) + " is known";
+        return KeptText("$$$/Halcyon/TrHost/Effects/Frei0rVersion=made for frei0r @0; version @1 is known",
+                        {std::to_string(inInfo.frei0rVersion), std::to_string(FREI0R_MAJOR_VERSION)});
     }
     if (!InputCountOf(inInfo.type)) {
-        return "says that it is a plug-in of type " + std::to_string(inInfo.type) + ", which is not known";
+        return KeptText(
+            "$$$/Halcyon/TrHost/Effects/PluginType=says that it is a plug-in of type @0, which is not known",
+            {std::to_string(inInfo.type)});
     }
     if (inInfo.colorModel < F0R_COLOR_MODEL_BGRA8888 || inInfo.colorModel > F0R_COLOR_MODEL_PACKED32) {
-        return "wants colors of model " + std::to_string(inInfo.colorModel) + ", which is not known";
+        return KeptText("$$$/Halcyon/TrHost/Effects/ColorModel=wants colors of model @0, which is not known",
+                        {std::to_string(inInfo.colorModel)});
     }
     if (inInfo.type == F0R_PLUGIN_TYPE_MIXER3) {
-        return "mixes three pictures; a transition has two";
+        return "$$$/Halcyon/TrHost/Effects/ThreePictures=mixes three pictures; a transition has two";
     }
     if (inInfo.type == F0R_PLUGIN_TYPE_MIXER2 && !inFunctions.update2) {
-        return "has no function f0r_update2, as a mixer must";
+        return KeptText("$$$/Halcyon/TrHost/Effects/MissingMixerFunction=has no function @0, as a mixer must",
+                        {"f0r_update2"});
     }
     return {};
 }

@@ -4,6 +4,7 @@
 #include "Describe.h"
 #include "Modules.h"
 #include "PluginFile.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -20,7 +21,9 @@ public:
     std::vector<std::string> PluginNames(const std::string& inFile) override
     {
         if (!platform::HoldsName(inFile, "f0r_get_plugin_info")) {
-            throw kiocore::kio_exception(inFile + " is no frei0r plug-in: no f0r_get_plugin_info in it",
+            throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/NoFrei0rFunction=@0 is no "
+                                                  "frei0r plug-in: no @1 in it#{@0: a file, @1: a function}",
+                                                  {inFile, "f0r_get_plugin_info"}),
                                          kEffectError_NoPlugin);
         }
         return {StemOf(inFile)};
@@ -29,9 +32,11 @@ public:
     EffectDescription Describe(const std::string& inFile, const std::string& inPluginName) override
     {
         if (inPluginName != StemOf(inFile)) {
-            throw kiocore::kio_exception(inFile + " holds no plug-in " + inPluginName + "; it holds " +
-                                             StemOf(inFile),
-                                         kEffectError_NoPlugin);
+            throw kiocore::kio_exception(
+                KeptText(
+                    "$$$/Halcyon/TrHost/Effects/HoldsOther=@0 holds no plug-in @1; it holds @2#{@0: a file}",
+                    {inFile, inPluginName, StemOf(inFile)}),
+                kEffectError_NoPlugin);
         }
         return frei0r::Describe(mCalls, inFile);
     }
@@ -44,8 +49,11 @@ public:
     TR::IFilterModuleRef OpenFilter(const EffectDescription& inDescription) override
     {
         if (inDescription.kind == EffectKind::kTransition) {
-            throw kiocore::kio_exception(inDescription.matchName + " is a transition; expected a filter",
-                                         kEffectError_NoPlugin);
+            throw kiocore::kio_exception(
+                KeptText(
+                    "$$$/Halcyon/TrHost/Effects/TransitionNotFilter=@0 is a transition; expected a filter",
+                    {inDescription.matchName}),
+                kEffectError_NoPlugin);
         }
         return MakeFilterModule(mCalls, Use(inDescription), inDescription);
     }
@@ -53,8 +61,9 @@ public:
     TR::ITransitionModuleRef OpenTransition(const EffectDescription& inDescription) override
     {
         if (inDescription.kind != EffectKind::kTransition) {
-            throw kiocore::kio_exception(inDescription.matchName + " is a " + NameOf(inDescription.kind) +
-                                             "; expected a transition",
+            throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/NoTransition=@0 is a @1; "
+                                                  "expected a transition#{@1: video filter}",
+                                                  {inDescription.matchName, TextOf(inDescription.kind)}),
                                          kEffectError_NoPlugin);
         }
         return MakeTransitionModule(mCalls, Use(inDescription), inDescription);
@@ -64,8 +73,10 @@ private:
     PluginUseRef Use(const EffectDescription& inDescription)
     {
         const auto refuse = [&](const std::string& inReason) {
-            throw kiocore::kio_exception(inDescription.matchName + " is not run: " + inReason,
-                                         kEffectError_Refused);
+            throw kiocore::kio_exception(
+                KeptText("$$$/Halcyon/TrHost/Effects/NotRun=@0 is not run: @1#{@1: opens files}",
+                         {inDescription.matchName, inReason}),
+                kEffectError_Refused);
         };
         if (!inDescription.refusal.empty()) {
             refuse(inDescription.refusal);
@@ -79,9 +90,11 @@ private:
             refuse(refusal);
         }
         if (KindOf(use->Info()) != inDescription.kind) {
-            throw kiocore::kio_exception(inDescription.file + " holds a " + NameOf(KindOf(use->Info())) +
-                                             " now; it was described as a " + NameOf(inDescription.kind),
-                                         kEffectError_NoPlugin);
+            throw kiocore::kio_exception(
+                KeptText("$$$/Halcyon/TrHost/Effects/HoldsOtherKind=@0 holds a @1 now; it was described as a "
+                         "@2#{@0: a file, @1 and @2: video filter}",
+                         {inDescription.file, TextOf(KindOf(use->Info())), TextOf(inDescription.kind)}),
+                kEffectError_NoPlugin);
         }
         return use;
     }

@@ -2,6 +2,7 @@
 
 #include "../PluginParameters.h"
 #include "ParameterValues.h"
+#include "support/KeptText.h"
 
 #include <VF/VideoFrames.h>
 #include <kiocore/config/Errors.h>
@@ -24,18 +25,20 @@ std::string SizeText(std::uint32_t inWidth, std::uint32_t inHeight)
 VideoEffectForm Checked(const VideoEffectForm& inForm, const std::string& inMatchName)
 {
     const auto refuse = [&](const std::string& inReason) {
-        throw kiocore::kio_exception(inMatchName + " cannot run on " + inReason, kEffectError_BadFrame);
+        throw kiocore::kio_exception(inReason, kEffectError_BadFrame);
     };
     if (inForm.format != kPixelFormat_Any && inForm.format != kPixelFormat_BGRA_4444_8u) {
-        refuse("pictures of format " + std::string(kiomediatypes::NameOf(inForm.format)) +
-               "; expected bgra8");
+        refuse(KeptText(
+            "$$$/Halcyon/TrHost/Effects/NotOnFormat=@0 cannot run on pictures of format @1; expected @2",
+            {inMatchName, kiomediatypes::NameOf(inForm.format), "bgra8"}));
     }
     // Also what no memory can hold is refused here, before any is asked for.
     MF::IVideoFrameRef frame;
     if (!VF::CreateVideoFrame(frame, kPixelFormat_BGRA_4444_8u, inForm.width, inForm.height,
                               kiomediatypes::kPixelAspectRatio_Square, false, false)) {
-        refuse("pictures of " + SizeText(inForm.width, inForm.height) +
-               " pixels; expected 1 to 65535 each way, and what fits into memory");
+        refuse(KeptText("$$$/Halcyon/TrHost/Effects/NotOnSize=@0 cannot run on pictures of @1 pixels; "
+                        "expected 1 to 65535 each way, and what fits into memory#{@1: 640 x 480}",
+                        {inMatchName, SizeText(inForm.width, inForm.height)}));
     }
     return inForm;
 }
@@ -127,20 +130,24 @@ MF::IVideoFrameRef Frei0rEffect::Render(const std::vector<MF::IVideoFrameRef>& i
 void Frei0rEffect::TakeInputs(const std::vector<MF::IVideoFrameRef>& inInputs)
 {
     if (inInputs.size() != mInputs.size()) {
-        ThrowBadFrame("was given " + std::to_string(inInputs.size()) + " pictures; expected " +
-                      std::to_string(mInputs.size()));
+        ThrowBadFrame(
+            KeptText("$$$/Halcyon/TrHost/Effects/InputCount=@0 was given @1 pictures; expected @2",
+                     {mMatchName, std::to_string(inInputs.size()), std::to_string(mInputs.size())}));
     }
     for (std::size_t i = 0; i < inInputs.size(); ++i) {
         const MF::IVideoFrameRef& frame = inInputs[i];
         const kiocore::InterfaceRef<VF::IVideoFrameMemoryAccess> memory(frame);
         if (!memory || !memory->GetPixels()) {
-            ThrowBadFrame("was given a frame without pixels");
+            ThrowBadFrame(KeptText("$$$/Halcyon/TrHost/Effects/NoPixels=@0 was given a frame without pixels",
+                                   {mMatchName}));
         }
         if (frame->GetWidth() != mWidth || frame->GetHeight() != mHeight ||
             frame->GetPixelFormat() != Format()) {
-            ThrowBadFrame("was given a picture of " + SizeText(frame->GetWidth(), frame->GetHeight()) +
-                          " pixels of format " + kiomediatypes::NameOf(frame->GetPixelFormat()) +
-                          "; expected " + SizeText(mWidth, mHeight) + " of bgra8");
+            ThrowBadFrame(KeptText("$$$/Halcyon/TrHost/Effects/InputForm=@0 was given a picture of @1 pixels "
+                                   "of format @2; expected @3 of @4#{@1 and @3: 640 x 480}",
+                                   {mMatchName, SizeText(frame->GetWidth(), frame->GetHeight()),
+                                    kiomediatypes::NameOf(frame->GetPixelFormat()), SizeText(mWidth, mHeight),
+                                    "bgra8"}));
         }
         // A copy of its own: plug-ins write into what they are given.
         mInputs[i].CopyFrom(memory->GetPixels(), memory->GetRowBytes(), mExchange);
@@ -181,9 +188,11 @@ void Frei0rEffect::CheckStrips() const
     if (!mOutput.IsIntact() || !std::all_of(mInputs.begin(), mInputs.end(), [](const PictureBuffer& inInput) {
             return inInput.IsIntact();
         })) {
-        throw kiocore::kio_exception(mMatchName + " wrote outside of its picture of " +
-                                         SizeText(mOutput.PaddedWidth(), mOutput.PaddedHeight()) + " pixels",
-                                     kEffectError_PluginFailed);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Effects/WroteOutside=@0 wrote outside of its picture of @1 "
+                     "pixels#{@1: 640 x 480}",
+                     {mMatchName, SizeText(mOutput.PaddedWidth(), mOutput.PaddedHeight())}),
+            kEffectError_PluginFailed);
     }
 }
 
@@ -197,7 +206,9 @@ MF::IVideoFrameRef Frei0rEffect::GiveOutput(const std::vector<MF::IVideoFrameRef
             : VF::CreateVideoFrame(frame, Format(), mWidth, mHeight, inInputs[0]->GetPixelAspectRatio(),
                                    inInputs[0]->GetColorSpace(), false, false);
     if (!made || !frame->InitializePixels(0)) {
-        ThrowBadFrame("finds no memory for a picture of " + SizeText(mWidth, mHeight) + " pixels");
+        ThrowBadFrame(KeptText("$$$/Halcyon/TrHost/Effects/NoMemory=@0 finds no memory for a picture of @1 "
+                               "pixels#{@1: 640 x 480}",
+                               {mMatchName, SizeText(mWidth, mHeight)}));
     }
     const kiocore::InterfaceRef<VF::IVideoFrameMemoryAccess> memory(frame);
     mOutput.CopyTo(memory->GetWritablePixels(), memory->GetRowBytes(), mExchange);
@@ -206,7 +217,7 @@ MF::IVideoFrameRef Frei0rEffect::GiveOutput(const std::vector<MF::IVideoFrameRef
 
 void Frei0rEffect::ThrowBadFrame(const std::string& inReason) const
 {
-    throw kiocore::kio_exception(mMatchName + " " + inReason, kEffectError_BadFrame);
+    throw kiocore::kio_exception(inReason, kEffectError_BadFrame);
 }
 
 } // namespace trhost::effects::frei0r

@@ -1,6 +1,7 @@
 #include "Instance.h"
 
 #include "../EffectEngine.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -15,9 +16,11 @@ Instance::Instance(PluginFile& inFile, PluginCaller inCaller, const std::string&
     kiocore::threads::ScLock lock(mFile.Lock());
     mCaller([&] { mInstance = mFile.Calls().construct(inWidth, inHeight); });
     if (!mInstance) {
-        throw kiocore::kio_exception(inMatchName + " makes no instance for pictures of " +
-                                         std::to_string(inWidth) + " x " + std::to_string(inHeight),
-                                     kEffectError_PluginFailed);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Effects/NoInstance=@0 makes no instance for pictures of @1#{@1: 640 "
+                     "x 480}",
+                     {inMatchName, std::to_string(inWidth) + " x " + std::to_string(inHeight)}),
+            kEffectError_PluginFailed);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "Modules.h"
 
 #include "Frei0rEffect.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -39,10 +40,11 @@ public:
         try {
             return std::make_unique<Frei0rEffect>(mUse, Caller(), matchName, inForm);
         } catch (const std::bad_alloc&) {
-            throw kiocore::kio_exception(matchName + " finds no memory for pictures of " +
-                                             std::to_string(inForm.width) + " x " +
-                                             std::to_string(inForm.height) + " pixels",
-                                         kEffectError_BadFrame);
+            throw kiocore::kio_exception(
+                KeptText("$$$/Halcyon/TrHost/Effects/NoMemoryForPictures=@0 finds no memory for pictures of "
+                         "@1 pixels#{@1: 640 x 480}",
+                         {matchName, std::to_string(inForm.width) + " x " + std::to_string(inForm.height)}),
+                kEffectError_BadFrame);
         }
     }
 

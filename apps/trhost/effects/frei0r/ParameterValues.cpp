@@ -44,7 +44,9 @@ void SetParameter(PluginFile& inFile, const PluginCaller& inCaller, f0r_instance
     case F0R_PARAM_COLOR: {
         const ColorValue color = ParseColor(inMatchName, inParameter.shown, inText);
         if (color.alpha != 1) {
-            ThrowBadValue(inMatchName, inParameter.shown, inText, "a color without alpha, as #rrggbb");
+            ThrowBadValue(
+                inMatchName, inParameter.shown, inText,
+                "$$$/Halcyon/TrHost/Effects/Expected/OpaqueColor=a color without alpha, as #rrggbb");
         }
         f0r_param_color_t value{static_cast<float>(color.red), static_cast<float>(color.green),
                                 static_cast<float>(color.blue)};
@@ -57,7 +59,8 @@ void SetParameter(PluginFile& inFile, const PluginCaller& inCaller, f0r_instance
     }
     case F0R_PARAM_STRING: {
         if (inText.find('\0') != std::string::npos) {
-            ThrowBadValue(inMatchName, inParameter.shown, inText, "a text without zero bytes");
+            ThrowBadValue(inMatchName, inParameter.shown, inText,
+                          "$$$/Halcyon/TrHost/Effects/Expected/TextWithoutZeros=a text without zero bytes");
         }
         std::string copy = inText; // plug-ins take it as writable
         f0r_param_string value = copy.data();

@@ -4,6 +4,7 @@
 #include "../PluginParameters.h"
 #include "../platform/PluginLibrary.h"
 #include "GlobalState.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -27,9 +28,9 @@ Registry& TheRegistry()
     return *registry;
 }
 
-[[noreturn]] void ThrowNoPlugin(const std::string& inFile, const std::string& inReason)
+[[noreturn]] void ThrowNoPlugin(const std::string& inReason)
 {
-    throw kiocore::kio_exception(inFile + " " + inReason, kEffectError_NoPlugin);
+    throw kiocore::kio_exception(inReason, kEffectError_NoPlugin);
 }
 
 template <typename Function>
@@ -43,7 +44,9 @@ void FindRequired(void* inHandle, const std::string& inFile, const char* inName,
 {
     Find(inHandle, inName, outFunction);
     if (!outFunction) {
-        ThrowNoPlugin(inFile, std::string("has no function ") + inName + ", as a frei0r plug-in must");
+        ThrowNoPlugin(KeptText("$$$/Halcyon/TrHost/Effects/MissingFunction=@0 has no function @1, as a "
+                               "frei0r plug-in must#{@0: a file}",
+                               {inFile, inName}));
     }
 }
 
@@ -61,7 +64,9 @@ Functions FindFunctions(void* inHandle, const std::string& inFile)
     Find(inHandle, "f0r_update", found.update);
     Find(inHandle, "f0r_update2", found.update2);
     if (!found.update && !found.update2) {
-        ThrowNoPlugin(inFile, "has neither f0r_update nor f0r_update2; a frei0r plug-in must have one");
+        ThrowNoPlugin(KeptText("$$$/Halcyon/TrHost/Effects/MissingUpdate=@0 has neither @1 nor @2; a frei0r "
+                               "plug-in must have one#{@0: a file, @1 and @2: functions}",
+                               {inFile, "f0r_update", "f0r_update2"}));
     }
     return found;
 }
@@ -97,8 +102,9 @@ PluginInfo ReadInfo(const std::string& inFile, const Functions& inFunctions, con
         }
     });
     if (raw.num_params != static_cast<int>(rawParameters.size())) {
-        ThrowNoPlugin(inFile, "says that it has " + std::to_string(raw.num_params) +
-                                  " parameters; expected 0 to " + std::to_string(kMostParameters));
+        ThrowNoPlugin(KeptText("$$$/Halcyon/TrHost/Effects/ParameterCount=@0 says that it has @1 parameters; "
+                               "expected 0 to @2#{@0: a file}",
+                               {inFile, std::to_string(raw.num_params), std::to_string(kMostParameters)}));
     }
 
     PluginInfo info;
@@ -158,7 +164,9 @@ PluginFile& PluginFile::Load(const std::string& inFile, const PluginCaller& inCa
     if (!library.handle) {
         const std::string refusal = platform::RefusalFromFailure(inFile, library.failure);
         if (!platform::HoldsName(inFile, "f0r_get_plugin_info")) {
-            ThrowNoPlugin(inFile, "is no frei0r plug-in: it " + refusal);
+            ThrowNoPlugin(KeptText("$$$/Halcyon/TrHost/Effects/NotFrei0r=@0 is no frei0r plug-in: it @1#{@0: "
+                                   "a file, @1: cannot be loaded: ...}",
+                                   {inFile, refusal}));
         }
         throw kiocore::kio_exception(refusal, kEffectError_Refused);
     }

@@ -15,7 +15,8 @@ constexpr int kDescribedRate = 48000;
 std::string RefusalOf(const LADSPA_Descriptor& inPlugin)
 {
     if (!inPlugin.instantiate || !inPlugin.connect_port || !inPlugin.run || !inPlugin.cleanup) {
-        return "lacks one of the functions instantiate, connect_port, run and cleanup";
+        return "$$$/Halcyon/TrHost/Effects/LadspaFunctions=lacks one of the functions instantiate, "
+               "connect_port, run and cleanup";
     }
     bool hasInput = false;
     bool hasOutput = false;
@@ -26,9 +27,10 @@ std::string RefusalOf(const LADSPA_Descriptor& inPlugin)
         }
     }
     if (!hasInput) {
-        return "takes no sound, it makes sound of its own";
+        return "$$$/Halcyon/TrHost/Effects/TakesNoSound=takes no sound, it makes sound of its own";
     }
-    return hasOutput ? std::string() : "gives no sound, it only measures";
+    return hasOutput ? std::string()
+                     : "$$$/Halcyon/TrHost/Effects/GivesNoSound=gives no sound, it only measures";
 }
 
 EffectDescription Describe(const LADSPA_Descriptor& inPlugin, const std::string& inFile)

@@ -4,6 +4,7 @@
 #include "Describe.h"
 #include "Module.h"
 #include "PluginFile.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -28,7 +29,9 @@ public:
                 throw;
             }
             // Only the file itself could tell what is in it.
-            throw kiocore::kio_exception(inFile + " cannot tell its plug-ins: it " + failure.what(),
+            throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/CannotTell=@0 cannot tell its "
+                                                  "plug-ins: it @1#{@0: a file, @1: cannot be loaded: ...}",
+                                                  {inFile, failure.what()}),
                                          kEffectError_NoPlugin);
         }
         return names;
@@ -58,8 +61,10 @@ public:
     TR::IFilterModuleRef OpenFilter(const EffectDescription& inDescription) override
     {
         const auto refuse = [&](const std::string& inReason) {
-            throw kiocore::kio_exception(inDescription.matchName + " is not run: " + inReason,
-                                         kEffectError_Refused);
+            throw kiocore::kio_exception(
+                KeptText("$$$/Halcyon/TrHost/Effects/NotRun=@0 is not run: @1#{@1: opens files}",
+                         {inDescription.matchName, inReason}),
+                kEffectError_Refused);
         };
         if (!inDescription.refusal.empty()) {
             refuse(inDescription.refusal);
@@ -76,8 +81,9 @@ public:
 
     TR::ITransitionModuleRef OpenTransition(const EffectDescription& inDescription) override
     {
-        throw kiocore::kio_exception(inDescription.matchName +
-                                         " is an audio filter; LADSPA has no transitions",
+        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/LadspaHasNoTransitions=@0 is an "
+                                              "audio filter; LADSPA has no transitions",
+                                              {inDescription.matchName}),
                                      kEffectError_NoPlugin);
     }
 

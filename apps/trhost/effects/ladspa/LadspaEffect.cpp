@@ -2,6 +2,7 @@
 
 #include "../PluginParameters.h"
 #include "PluginFile.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -15,16 +16,17 @@ namespace {
 constexpr std::size_t kAlignment = alignof(float); // all that a plug-in may count on
 constexpr int kMostFrames = 4096;                  // of one call: plug-ins may keep blocks on the stack
 
-[[noreturn]] void ThrowBadForm(const std::string& inMatchName, const std::string& inReason)
+[[noreturn]] void ThrowBadForm(const std::string& inReason)
 {
-    throw kiocore::kio_exception(inMatchName + " cannot run on " + inReason, kEffectError_BadFrame);
+    throw kiocore::kio_exception(inReason, kEffectError_BadFrame);
 }
 
 int Checked(int inSampleRate, int inChannels, const std::string& inMatchName)
 {
     if (inSampleRate <= 0 || inChannels <= 0) {
-        ThrowBadForm(inMatchName, std::to_string(inChannels) + " channels at " +
-                                      std::to_string(inSampleRate) + " Hz; expected both above 0");
+        ThrowBadForm(KeptText("$$$/Halcyon/TrHost/Effects/NotOnSound=@0 cannot run on @1 channels at @2 Hz; "
+                              "expected both above 0",
+                              {inMatchName, std::to_string(inChannels), std::to_string(inSampleRate)}));
     }
     return inSampleRate;
 }
@@ -37,9 +39,10 @@ LadspaEffect::Instance::Instance(LadspaEffect& inEffect, int inSampleRate) : mEf
     kiocore::threads::ScLock lock(LifeLock());
     mEffect.mCaller([&] { mHandle = plugin.instantiate(&plugin, static_cast<unsigned long>(inSampleRate)); });
     if (!mHandle) {
-        throw kiocore::kio_exception(mEffect.mMatchName + " makes no instance for " +
-                                         std::to_string(inSampleRate) + " Hz",
-                                     kEffectError_PluginFailed);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Effects/NoInstanceForRate=@0 makes no instance for @1 Hz",
+                     {mEffect.mMatchName, std::to_string(inSampleRate)}),
+            kEffectError_PluginFailed);
     }
 }
 
@@ -99,8 +102,9 @@ LadspaEffect::LadspaEffect(const LADSPA_Descriptor& inPlugin, PluginCaller inCal
 {
     if (mPlan.InstanceCount() == 0) {
         const std::string most = std::to_string(mPlan.ChannelsPerInstance());
-        ThrowBadForm(mMatchName, std::to_string(inChannels) + " channels; expected fewer than " + most +
-                                     " or a multiple of " + most);
+        ThrowBadForm(KeptText("$$$/Halcyon/TrHost/Effects/NotOnChannels=@0 cannot run on @1 channels; "
+                              "expected fewer than @2 or a multiple of @2",
+                              {mMatchName, std::to_string(inChannels), most}));
     }
     Allocate();
     for (int i = 0; i < mPlan.InstanceCount(); ++i) {

@@ -3,6 +3,7 @@
 #include "../EffectEngine.h"
 #include "../PluginParameters.h"
 #include "../platform/PluginLibrary.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -67,7 +68,9 @@ const PluginFile& PluginFile::Load(const std::string& inFile, const PluginCaller
     if (!library.handle) {
         const std::string refusal = platform::RefusalFromFailure(inFile, library.failure);
         if (!platform::HoldsName(inFile, kFunctionName)) {
-            throw kiocore::kio_exception(inFile + " is no LADSPA plug-in: it " + refusal,
+            throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/NotLadspa=@0 is no LADSPA "
+                                                  "plug-in: it @1#{@0: a file, @1: cannot be loaded: ...}",
+                                                  {inFile, refusal}),
                                          kEffectError_NoPlugin);
         }
         throw kiocore::kio_exception(refusal, kEffectError_Refused);
@@ -75,8 +78,9 @@ const PluginFile& PluginFile::Load(const std::string& inFile, const PluginCaller
     const auto function =
         reinterpret_cast<LADSPA_Descriptor_Function>(platform::FindFunction(library.handle, kFunctionName));
     if (!function) {
-        throw kiocore::kio_exception(inFile + " has no function " + kFunctionName +
-                                         ", as a LADSPA plug-in must",
+        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/MissingLadspaFunction=@0 has no "
+                                              "function @1, as a LADSPA plug-in must#{@0: a file}",
+                                              {inFile, kFunctionName}),
                                      kEffectError_NoPlugin);
     }
     // Held while the file lists what it has, so that it is asked once: it may fill in the list then.
@@ -108,8 +112,9 @@ const LADSPA_Descriptor& PluginFile::Plugin(const std::string& inFile, const std
         return PluginNameOf(*inPlugin) == inPluginName;
     });
     if (found == mPlugins.end()) {
-        throw kiocore::kio_exception(inFile + " holds no plug-in " + inPluginName + " among its " +
-                                         std::to_string(mPlugins.size()),
+        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/HoldsNone=@0 holds no plug-in @1 "
+                                              "among its @2#{@0: a file, @2: a number}",
+                                              {inFile, inPluginName, std::to_string(mPlugins.size())}),
                                      kEffectError_NoPlugin);
     }
     return **found;

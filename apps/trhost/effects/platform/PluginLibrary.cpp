@@ -1,5 +1,7 @@
 #include "PluginLibrary.h"
 
+#include "support/KeptText.h"
+
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -18,7 +20,7 @@ LoadedLibrary LoadPluginLibrary(const std::string& inPath)
         return {handle, {}};
     }
     const char* const reason = ::dlerror();
-    return {nullptr, reason ? reason : "the loader gives no reason"};
+    return {nullptr, reason ? reason : "$$$/Halcyon/TrHost/Effects/NoReason=the loader gives no reason"};
 }
 
 void* FindFunction(void* inHandle, const char* inName)
@@ -46,11 +48,13 @@ std::string RefusalFromFailure(const std::string& inPath, const std::string& inF
     const std::string what = inFailure.substr(0, end);
     const bool isMissing = inFailure.find("cannot open shared object file") != std::string::npos;
     if (isMissing && what != inPath && what.find(' ') == std::string::npos) {
-        return "needs " + what + ", which is not installed";
+        return KeptText(
+            "$$$/Halcyon/TrHost/Effects/NeedsLibrary=needs @0, which is not installed#{@0: a library}",
+            {what});
     }
     const std::string reason =
         what == inPath && end != std::string::npos ? inFailure.substr(end + kSeparator.size()) : inFailure;
-    return "cannot be loaded: " + reason;
+    return KeptText("$$$/Halcyon/TrHost/Effects/NotLoaded=cannot be loaded: @0", {reason});
 }
 
 } // namespace trhost::effects::platform

@@ -1,6 +1,6 @@
 #include "CatalogueScan.h"
 
-#include "ScanText.h"
+#include "support/LocalText.h"
 
 #include <kiocore/filesupport/NativePath.h>
 #include <kiocore/serialization/JSONConvert.h>

@@ -37,7 +37,8 @@ public:
         /// When nothing could be found out: the technology, the file, and a name put together from those.
         EffectDescription description;
         EffectTypes types;
-        std::string failure; ///< one line, why nothing is known of it; usually empty
+        std::string
+            failure; ///< one line, why nothing is known of it, in the language of the process; usually empty
     };
     struct Statistics {
         int filesSeen = 0;

@@ -1,6 +1,7 @@
 #include "EffectCheck.h"
 
-#include "ScanText.h"
+#include "support/KeptText.h"
+#include "support/LocalText.h"
 
 #include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
@@ -42,7 +43,7 @@ public:
             if (effect.refusal.empty()) {
                 Ask(candidate, 0);
             } else {
-                candidate.result.findings.push_back({FindingKind::kTakesNot, {}, effect.refusal});
+                candidate.result.findings.push_back({FindingKind::kTakesNot, {}, ToldText(effect.refusal)});
                 Finish(candidate);
             }
         }
@@ -55,8 +56,9 @@ private:
         const std::string& technology = ioCandidate.effect->technology;
         const auto module = mSettings.modules.find(technology);
         if (module == mSettings.modules.end()) {
-            throw kiocore::kio_exception(ioCandidate.effect->matchName + ": no engine is known for " +
-                                             technology,
+            throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/NoEngineKnown=@0: no engine is "
+                                                  "known for @1#{@0: a match name, @1: a kind of plug-ins}",
+                                                  {ioCandidate.effect->matchName, technology}),
                                          kiocore::kError_BadArgument);
         }
         JSONObject request;
@@ -286,7 +288,7 @@ std::string TextOf(const TrialFinding& inFinding)
     case FindingKind::kTakesNot:
         break;
     }
-    return inFinding.said;
+    return ToldText(inFinding.said);
 }
 
 bool CheckEffects(const CheckSettings& inSettings, const std::vector<EffectDescription>& inEffects,

@@ -1,6 +1,7 @@
 #include "WorkerFailure.h"
 
-#include "ScanText.h"
+#include "support/KeptText.h"
+#include "support/LocalText.h"
 
 #include <kiocore/serialization/JSONConvert.h>
 
@@ -54,21 +55,21 @@ std::string WhatHappened(const WorkerFailure& inFailure)
     const std::string during = TextOf(inFailure.task);
     switch (inFailure.kind) {
     case Kind::kRefused:
-        return inFailure.said;
+        return ToldText(inFailure.said);
     case Kind::kCrashed:
         return LocalText(
-            "$$$/Halcyon/TrHost/PluginCrashed=crashed with @0 @1#{@0: SIGSEGV, @1: while being described}",
+            "$$$/Halcyon/TrHost/WorkerCrashed=crashed with @0 @1#{@0: SIGSEGV, @1: while being described}",
             {inFailure.said, during});
     case Kind::kHung:
         return LocalText(
-            "$$$/Halcyon/TrHost/PluginHung=did not answer for @0 s @1#{@1: while being described}",
+            "$$$/Halcyon/TrHost/WorkerHung=did not answer for @0 s @1#{@1: while being described}",
             {Seconds(inFailure.limitMs), during});
     case Kind::kEnded:
-        return LocalText("$$$/Halcyon/TrHost/PluginEnded=ended the process with status @0 @1"
+        return LocalText("$$$/Halcyon/TrHost/WorkerEnded=ended the process with status @0 @1"
                          "#{@1: while being described}",
                          {inFailure.said, during});
     case Kind::kGarbled:
-        return LocalText("$$$/Halcyon/TrHost/PluginGarbled=garbled the answer of its process @0: @1"
+        return LocalText("$$$/Halcyon/TrHost/WorkerGarbled=garbled the answer of its process @0: @1"
                          "#{@0: while being described}",
                          {during, inFailure.said});
     }
@@ -83,7 +84,7 @@ std::string TextOf(const WorkerFailure& inFailure)
     if (inFailure.lastWords.empty() || inFailure.kind == Kind::kRefused) {
         return text;
     }
-    return LocalText("$$$/Halcyon/TrHost/PluginLastWords=@0; it had said \"@1\"",
+    return LocalText("$$$/Halcyon/TrHost/WorkerLastWords=@0; it had said \"@1\"",
                      {text, inFailure.lastWords});
 }
 

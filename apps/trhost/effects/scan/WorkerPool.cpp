@@ -1,6 +1,6 @@
 #include "WorkerPool.h"
 
-#include "ScanText.h"
+#include "support/LocalText.h"
 
 #include <kiocore/config/Errors.h>
 #include <kiocore/serialization/JSONConvert.h>

@@ -1,4 +1,5 @@
 #include "Trial.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -68,8 +69,10 @@ std::unique_ptr<ITrialRun> OpenAudioTrial(IEffectEngine& inEngine, const EffectD
 {
     const kiocore::InterfaceRef<IAudioEffectModule> module(inEngine.OpenFilter(inDescription));
     if (!module) {
-        throw kiocore::kio_exception(inDescription.matchName + " gives no module that runs on sound",
-                                     kEffectError_PluginFailed);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Effects/NoSoundModule=@0 gives no module that runs on sound",
+                     {inDescription.matchName}),
+            kEffectError_PluginFailed);
     }
     return std::make_unique<AudioTrial>(module->Open(inCase.sampleRate, inCase.channels), inCase, inSeed);
 }

@@ -1,6 +1,7 @@
 #include "CatchingCalls.h"
 
 #include "EffectEngine.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -27,12 +28,16 @@ void CatchingCalls::Run(const std::string& inMatchName, const std::function<void
     } catch (const kiocore::kio_exception&) {
         throw; // the engine's own
     } catch (const std::exception& problem) {
-        throw kiocore::kio_exception(inMatchName + " threw an exception: " + problem.what(),
-                                     kEffectError_PluginFailed);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Effects/Threw=@0 threw an exception: @1#{@0: a match name}",
+                     {inMatchName, problem.what()}),
+            kEffectError_PluginFailed);
     } catch (const abi::__forced_unwind&) {
         throw; // a thread that is being cancelled, which nothing may stop
     } catch (...) {
-        throw kiocore::kio_exception(inMatchName + " threw something that is no exception",
+        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/ThrewOther=@0 threw something that "
+                                              "is no exception#{@0: a match name}",
+                                              {inMatchName}),
                                      kEffectError_PluginFailed);
     }
 }

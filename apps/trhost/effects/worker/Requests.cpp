@@ -1,6 +1,7 @@
 #include "Requests.h"
 
 #include "Trial.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
@@ -52,7 +53,7 @@ void Requests::Serve()
         } catch (const std::exception& exception) {
             problem = exception.what();
         } catch (...) {
-            problem = "threw something that is no exception";
+            problem = "$$$/Halcyon/TrHost/Effects/ThrewNoException=threw something that is no exception";
         }
         // What plug-ins say may be in any encoding; lone surrogates stand for the bytes that are no UTF-8.
         Say({{kind, TextFromUTF16(kiocore::filesupport::FromNative(problem))}});
@@ -89,7 +90,9 @@ IEffectEngine& Requests::Engine(const JSONObject& inRequest)
         throw EngineProblem(problem.what());
     }
     if (!engine) {
-        throw EngineProblem(module + " was built for another version of trhost; install both from one build");
+        throw EngineProblem(KeptText("$$$/Halcyon/TrHost/WrongModule=@0 was built for another version of "
+                                     "trhost; install both from one build",
+                                     {module}));
     }
     Say({{"loaded", true}});
     return *engine;

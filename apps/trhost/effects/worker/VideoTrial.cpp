@@ -1,4 +1,5 @@
 #include "Trial.h"
+#include "support/KeptText.h"
 
 #include <VF/VideoFrameManipulators.h>
 #include <VF/VideoFrames.h>
@@ -17,11 +18,6 @@ using namespace kiomediatypes;
 
 constexpr double kFramesPerSecond = 25;
 constexpr int kStepsThroughTransition = 4;
-
-[[noreturn]] void ThrowTrialProblem(const EffectDescription& inDescription, const char* inProblem)
-{
-    throw kiocore::kio_exception(inDescription.matchName + " " + inProblem, kEffectError_PluginFailed);
-}
 
 MF::IVideoFrameRef MakeFrame(PixelFormat inFormat, std::uint32_t inWidth, std::uint32_t inHeight)
 {
@@ -119,7 +115,10 @@ std::unique_ptr<ITrialRun> OpenVideoTrial(IEffectEngine& inEngine, const EffectD
         module = kiocore::InterfaceRef<IVideoEffectModule>(inEngine.OpenFilter(inDescription));
     }
     if (!module) {
-        ThrowTrialProblem(inDescription, "gives no module that runs on pictures");
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Effects/NoPictureModule=@0 gives no module that runs on pictures",
+                     {inDescription.matchName}),
+            kEffectError_PluginFailed);
     }
     VideoEffectForm form;
     form.width = inCase.width;

@@ -1,5 +1,7 @@
 #include "AudioConformer.h"
 
+#include "../../support/KeptText.h"
+
 #include <algorithm>
 #include <array>
 
@@ -76,8 +78,9 @@ void AudioConformer::StartSegment(const AVFrame& inFrame)
 {
     const int channels = inFrame.ch_layout.nb_channels;
     if (channels > kMaxChannels) {
-        mFailure = std::to_string(channels) + " channels; at most " + std::to_string(kMaxChannels) +
-                   " can be conformed";
+        mFailure =
+            KeptText("$$$/Halcyon/TrHost/Media/TooManyChannels=@0 channels; at most @1 can be conformed",
+                     {std::to_string(channels), std::to_string(kMaxChannels)});
         return;
     }
     EndSegment();
@@ -117,8 +120,9 @@ void AudioConformer::StartSegment(const AVFrame& inFrame)
     }
     if (result < 0) {
         mResampler.reset();
-        mFailure = std::to_string(channels) + " channels at " + std::to_string(mRate) +
-                   " Hz cannot be converted to 48000 Hz (" + ErrorText(result) + ")";
+        mFailure = KeptText("$$$/Halcyon/TrHost/Media/NotConformed=@0 channels at @1 Hz cannot be converted "
+                            "to @2 Hz (@3)#{@3: the reason}",
+                            {std::to_string(channels), std::to_string(mRate), "48000", ErrorText(result)});
     }
 }
 
@@ -203,8 +207,9 @@ void AudioConformer::Finish(const ICancel& inCancel)
     } else if (mFailure.empty()) {
         mFailure =
             mDecoder.DamagedPackets() > 0
-                ? "none of its " + std::to_string(mDecoder.DamagedPackets()) + " packets could be decoded"
-                : "no sound in it";
+                ? KeptText("$$$/Halcyon/TrHost/Media/NoPacketDecoded=none of its @0 packets could be decoded",
+                           {std::to_string(mDecoder.DamagedPackets())})
+                : "$$$/Halcyon/TrHost/Media/NoSoundInIt=no sound in it";
     }
 }
 

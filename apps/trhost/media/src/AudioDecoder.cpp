@@ -1,5 +1,7 @@
 #include "AudioDecoder.h"
 
+#include "../../support/KeptText.h"
+
 #include <utility>
 
 namespace trhost::media {
@@ -9,7 +11,8 @@ AudioDecoder::AudioDecoder(const AVStream& inStream) : mFrame(Allocated(av_frame
     const AVCodecID id = inStream.codecpar->codec_id;
     const AVCodec* codec = avcodec_find_decoder(id);
     if (!codec) {
-        mFailure = std::string("codec \"") + avcodec_get_name(id) + "\" has no decoder";
+        mFailure = KeptText("$$$/Halcyon/TrHost/Media/CodecHasNoDecoder=codec \"@0\" has no decoder",
+                            {avcodec_get_name(id)});
         return;
     }
     mDecoder.reset(Allocated(avcodec_alloc_context3(codec)));
@@ -21,8 +24,9 @@ AudioDecoder::AudioDecoder(const AVStream& inStream) : mFrame(Allocated(av_frame
         result = avcodec_open2(mDecoder.get(), codec, nullptr);
     }
     if (result < 0) {
-        mFailure = std::string("the decoder for \"") + codec->name + "\" refuses the stream (" +
-                   ErrorText(result) + ")";
+        mFailure = KeptText("$$$/Halcyon/TrHost/Media/DecoderRefuses=the decoder for \"@0\" refuses the "
+                            "stream (@1)#{@1: the reason}",
+                            {codec->name, ErrorText(result)});
         mDecoder.reset();
     }
 }

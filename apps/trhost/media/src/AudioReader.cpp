@@ -1,5 +1,6 @@
 #include "AudioReader.h"
 
+#include "../../support/KeptText.h"
 #include "AudioDecoder.h"
 #include "AudioPlacement.h"
 #include "MediaFile.h"
@@ -30,11 +31,14 @@ int FindStream(const MediaSource& inSource, int inStreamIndex)
             return int(i);
         }
     }
-    throw kiocore::kio_exception(
-        ShownPath(inSource.Path()) +
-            (inStreamIndex < 0 ? ": no sound in it; expected an audio stream"
-                               : ": stream " + std::to_string(inStreamIndex) + " is no audio stream of it"),
-        kMediaError_NotMedia);
+    throw kiocore::kio_exception(inStreamIndex < 0
+                                     ? KeptText("$$$/Halcyon/TrHost/Media/NoSound=@0: no sound in it; "
+                                                "expected an audio stream#{@0: a file}",
+                                                {ShownPath(inSource.Path())})
+                                     : KeptText("$$$/Halcyon/TrHost/Media/NoAudioStream=@0: stream @1 is no "
+                                                "audio stream of it#{@0: a file}",
+                                                {ShownPath(inSource.Path()), std::to_string(inStreamIndex)}),
+                                 kMediaError_NotMedia);
 }
 
 /// Whether the container says of every packet which sample it starts with, so that decoding from a place in
@@ -58,20 +62,23 @@ public:
         mInfo = DescribeStream(MediaStream(), *mSource);
         StartDecoding();
         if (!mDecoder->Failure().empty()) {
-            throw kiocore::kio_exception(ShownPath(mPath) + ": stream " + std::to_string(mIndex) + ": " +
-                                             mDecoder->Failure(),
-                                         kMediaError_NotMedia);
+            throw kiocore::kio_exception(
+                KeptText(
+                    "$$$/Halcyon/TrHost/Media/OfStream=@0: stream @1: @2#{@0: a file, @2: what is wrong}",
+                    {ShownPath(mPath), std::to_string(mIndex), mDecoder->Failure()}),
+                kMediaError_NotMedia);
         }
         // What comes out may have another rate and other channels than the container says.
         mFixed = false;
         DecodeMore(inCancel);
         mFixed = true;
         if (mInfo.channels <= 0 || mInfo.channels > kMaxChannels || mInfo.sampleRate <= 0) {
-            throw kiocore::kio_exception(ShownPath(mPath) + ": stream " + std::to_string(mIndex) + ": " +
-                                             std::to_string(mInfo.channels) + " channels at " +
-                                             std::to_string(mInfo.sampleRate) +
-                                             " Hz; expected 1 to 64 channels at a known rate",
-                                         kMediaError_NotMedia);
+            throw kiocore::kio_exception(
+                KeptText("$$$/Halcyon/TrHost/Media/AudioForm=@0: stream @1: @2 channels at @3 Hz; expected 1 "
+                         "to 64 channels at a known rate#{@0: a file}",
+                         {ShownPath(mPath), std::to_string(mIndex), std::to_string(mInfo.channels),
+                          std::to_string(mInfo.sampleRate)}),
+                kMediaError_NotMedia);
         }
     }
 
@@ -313,12 +320,13 @@ private:
             result = swr_init(resampler);
         }
         if (result < 0) {
-            throw kiocore::kio_exception(ShownPath(mPath) + ": " + std::to_string(mFromChannels) +
-                                             " channels at " + std::to_string(mFromRate) +
-                                             " Hz cannot be converted to " + std::to_string(mInfo.channels) +
-                                             " at " + std::to_string(mInfo.sampleRate) + " Hz (" +
-                                             ErrorText(result) + ")",
-                                         kMediaError_NotMedia);
+            throw kiocore::kio_exception(
+                KeptText(
+                    "$$$/Halcyon/TrHost/Media/AudioNotConverted=@0: @1 channels at @2 Hz cannot be converted "
+                    "to @3 at @4 Hz (@5)#{@0: a file, @3: a number of channels, @5: the reason}",
+                    {ShownPath(mPath), std::to_string(mFromChannels), std::to_string(mFromRate),
+                     std::to_string(mInfo.channels), std::to_string(mInfo.sampleRate), ErrorText(result)}),
+                kMediaError_NotMedia);
         }
     }
 

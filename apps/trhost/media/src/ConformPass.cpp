@@ -1,5 +1,7 @@
 #include "ConformPass.h"
 
+#include "../../support/KeptText.h"
+
 #include <kiocore/config/Errors.h>
 
 #include <algorithm>
@@ -23,7 +25,9 @@ std::string Seconds(double inSeconds)
 
 std::string ConformPass::Stream::Failure() const
 {
-    return audio ? audio->Failure() : video && video->EntryCount() == 0 ? "no frames in it" : "";
+    return audio                               ? audio->Failure()
+           : video && video->EntryCount() == 0 ? "$$$/Halcyon/TrHost/Media/NoFrames=no frames in it"
+                                               : "";
 }
 
 ConformPass::ConformPass(MediaSource& inSource, const std::vector<Output>& inOutputs, const ICancel& inCancel)
@@ -136,48 +140,62 @@ void ConformPass::Finish(ConformResult& outResult)
                            : mOutputs[i].kind == OutputKind::kPeaks        ? stream.audio->BucketCount()
                                                                            : stream.video->EntryCount();
         } else if (const std::string reason =
-                       "stream " + std::to_string(mOutputs[i].streamIndex) + ": " + output.reason;
+                       KeptText("$$$/Halcyon/TrHost/Media/StreamReason=stream @0: @1#{@1: what is wrong}",
+                                {std::to_string(mOutputs[i].streamIndex), output.reason});
                    reasons.find(reason) == std::string::npos) {
-            reasons += (reasons.empty() ? "" : "; ") + reason;
+            reasons =
+                reasons.empty()
+                    ? reason
+                    : KeptText("$$$/Halcyon/TrHost/Media/TwoReasons=@0; @1#{reasons why something failed}",
+                               {reasons, reason});
         }
         outResult.outputs.push_back(std::move(output));
     }
     if (!anyMade) {
-        throw kiocore::kio_exception(ShownPath(mSource.Path()) + ": nothing could be decoded (" + reasons +
-                                         "); expected sound or pictures",
-                                     kMediaError_NothingDecoded);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Media/NothingDecoded=@0: nothing could be decoded (@1); expected "
+                     "sound or pictures#{@0: a file, @1: the reasons}",
+                     {ShownPath(mSource.Path()), reasons}),
+            kMediaError_NothingDecoded);
     }
 }
 
 void ConformPass::Report(ConformResult& ioResult) const
 {
-    const std::string file = ShownPath(mSource.Path()) + ": ";
+    const std::string file = ShownPath(mSource.Path());
     if (mContainerDamage > 0) {
         ioResult.damagedPackets += mContainerDamage;
-        ioResult.warnings.push_back(file + std::to_string(mContainerDamage) +
-                                    " damaged places in the file were passed over");
+        ioResult.warnings.push_back(KeptText("$$$/Halcyon/TrHost/Media/DamagedPlaces=@0: @1 damaged places "
+                                             "in the file were passed over#{@0: a file}",
+                                             {file, std::to_string(mContainerDamage)}));
     }
     for (std::size_t i = 0; i < mStreams.size(); ++i) {
         const Stream& stream = mStreams[i];
-        const std::string start = file + "stream " + std::to_string(i) + ": ";
+        const std::string number = std::to_string(i);
         const std::int64_t damaged = stream.audio   ? stream.audio->Count().damagedPackets
                                      : stream.video ? stream.video->DamagedPackets()
                                                     : 0;
         ioResult.damagedPackets += damaged;
         if (const std::string failure = stream.Failure(); !failure.empty()) {
-            ioResult.warnings.push_back(start + failure);
+            ioResult.warnings.push_back(KeptText(
+                "$$$/Halcyon/TrHost/Media/OfStream=@0: stream @1: @2#{@0: a file, @2: what is wrong}",
+                {file, number, failure}));
             continue;
         }
         if (damaged > 0) {
-            ioResult.warnings.push_back(start + std::to_string(damaged) + " damaged packets");
+            ioResult.warnings.push_back(KeptText(
+                "$$$/Halcyon/TrHost/Media/DamagedPackets=@0: stream @1: @2 damaged packets#{@0: a file}",
+                {file, number, std::to_string(damaged)}));
         }
         if (stream.audio) {
             const AudioConformer::Counts& counts = stream.audio->Count();
             ioResult.insertedFrames += counts.insertedFrames;
             ioResult.droppedFrames += counts.droppedFrames;
             if (counts.resets > 0) {
-                ioResult.warnings.push_back(start + "its timestamps jump " + std::to_string(counts.resets) +
-                                            " times; the sound is joined there");
+                ioResult.warnings.push_back(
+                    KeptText("$$$/Halcyon/TrHost/Media/TimestampsJump=@0: stream @1: its timestamps jump @2 "
+                             "times; the sound is joined there#{@0: a file}",
+                             {file, number, std::to_string(counts.resets)}));
             }
         }
     }
@@ -202,8 +220,9 @@ void ConformPass::WarnIfShort(ConformResult& ioResult) const
     const double found = double(mEndMicroseconds - mSource.StartMicroseconds()) / AV_TIME_BASE;
     const double declared = double(format.duration) / AV_TIME_BASE;
     if (found + kMissingSeconds < declared) {
-        ioResult.warnings.push_back(ShownPath(mSource.Path()) + ": ends after " + Seconds(found) +
-                                    "; its header declares " + Seconds(declared));
+        ioResult.warnings.push_back(KeptText("$$$/Halcyon/TrHost/Media/EndsEarly=@0: ends after @1; its "
+                                             "header declares @2#{@0: a file, @1 and @2: durations}",
+                                             {ShownPath(mSource.Path()), Seconds(found), Seconds(declared)}));
     }
 }
 

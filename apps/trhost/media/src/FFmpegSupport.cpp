@@ -28,6 +28,9 @@ void TraceMessage(void* inObject, int inLevel, const char* inFormat, va_list inA
 
 std::string ErrorText(int inError)
 {
+    if (inError == AVERROR_INVALIDDATA) {
+        return "$$$/Halcyon/TrHost/Media/InvalidData=Invalid data found when processing input";
+    }
     char text[AV_ERROR_MAX_STRING_SIZE];
     av_strerror(inError, text, sizeof text);
     return text;

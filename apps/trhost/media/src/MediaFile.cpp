@@ -1,5 +1,6 @@
 #include "MediaFile.h"
 
+#include "../../support/KeptText.h"
 #include "ConformPass.h"
 
 #include <kiocore/config/Errors.h>
@@ -79,9 +80,11 @@ void MediaFile::Open(const ICancel& inCancel)
         }
     }
     if (mStreams.empty()) {
-        throw kiocore::kio_exception(ShownPath(mPath) + ": no audio or video streams in it (\"" + mContainer +
-                                         "\"); expected at least one",
-                                     kMediaError_NotMedia);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Media/NoStreams=@0: no audio or video streams in it (\"@1\"); "
+                     "expected at least one#{@0: a file, @1: its format}",
+                     {ShownPath(mPath), mContainer}),
+            kMediaError_NotMedia);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "MediaSource.h"
 
+#include "../../support/KeptText.h"
+
 #include <kiocore/config/Errors.h>
 
 #include <algorithm>
@@ -113,9 +115,11 @@ void MediaSource::Open()
     av_dict_free(&options);
     CheckReading();
     if (opened < 0) {
-        throw kiocore::kio_exception(ShownPath(mPath) + ": not recognised, damaged or cut short (" +
-                                         ErrorText(opened) + "); expected a media file",
-                                     kMediaError_NotMedia);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Media/NotOpened=@0: not recognised, damaged or cut short (@1); "
+                     "expected a media file#{@0: a file, @1: the reason}",
+                     {ShownPath(mPath), ErrorText(opened)}),
+            kMediaError_NotMedia);
     }
     mFormat.reset(format);
     CheckContainer();
@@ -128,14 +132,18 @@ void MediaSource::CheckContainer() const
 {
     const std::string_view name = mFormat->iformat->name;
     if (IsUnwantedContainer(name) || mFormat->probe_score < AVPROBE_SCORE_RETRY) {
-        throw kiocore::kio_exception(ShownPath(mPath) + ": not recognised (at best \"" + std::string(name) +
-                                         "\"); expected a media file",
-                                     kMediaError_NotMedia);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Media/NotRecognised=@0: not recognised (at best \"@1\"); expected a "
+                     "media file#{@0: a file, @1: a file format}",
+                     {ShownPath(mPath), std::string(name)}),
+            kMediaError_NotMedia);
     }
     if (IsStillPicture(name)) {
-        throw kiocore::kio_exception(ShownPath(mPath) + ": a still picture (\"" + std::string(name) +
-                                         "\"); expected audio or video streams",
-                                     kMediaError_NotMedia);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Media/StillPicture=@0: a still picture (\"@1\"); expected audio or "
+                     "video streams#{@0: a file, @1: its format}",
+                     {ShownPath(mPath), std::string(name)}),
+            kMediaError_NotMedia);
     }
 }
 
@@ -151,7 +159,9 @@ void MediaSource::CheckReading() const
 
 void MediaSource::ThrowCancelled() const
 {
-    throw kiocore::kio_exception(ShownPath(mPath) + ": cancelled", kiocore::kError_Cancelled);
+    throw kiocore::kio_exception(
+        KeptText("$$$/Halcyon/TrHost/Media/Cancelled=@0: cancelled#{@0: a file}", {ShownPath(mPath)}),
+        kiocore::kError_Cancelled);
 }
 
 std::int64_t MediaSource::StartMicroseconds() const

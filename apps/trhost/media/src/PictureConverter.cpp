@@ -1,5 +1,6 @@
 #include "PictureConverter.h"
 
+#include "../../support/KeptText.h"
 #include "../MediaModule.h"
 #include "BGRA16Conversion.h"
 #include "PackedRows.h"
@@ -128,9 +129,11 @@ PixelFormat PictureConverter::FormatFor(const AVFrame& inPicture) const
         return kPixelFormat_BGRA_4444_32f;
     }
     if (!IsConvertibleToBGRA16(inPicture.format)) {
-        throw kiocore::kio_exception(mName + ": its pixels are \"" + NameOfFormat(inPicture) +
-                                         "\", which cannot be converted",
-                                     kMediaError_NothingDecoded);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Media/PixelsNotConverted=@0: its pixels are \"@1\", which cannot be "
+                     "converted#{@0: a file and stream, @1: a pixel format}",
+                     {mName, NameOfFormat(inPicture)}),
+            kMediaError_NothingDecoded);
     }
     return kPixelFormat_BGRA_4444_16u;
 }
@@ -150,11 +153,12 @@ PictureConverter::Target PictureConverter::Create(const AVFrame& inPicture, AVRa
     }
     Target target;
     if (!VF::CreateVideoFrame(target.frame, inFormat, width, height, shape, mColorSpace, false, false)) {
-        throw kiocore::kio_exception(mName + ": a picture of " + std::to_string(width) + " x " +
-                                         std::to_string(height) + " pixels; expected at most " +
-                                         std::to_string(VF::kMostPixelsPerSide) +
-                                         " each way, and no more than fit into memory",
-                                     kMediaError_NothingDecoded);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Media/PictureTooLarge=@0: a picture of @1 pixels; expected at most "
+                     "@2 each way, and no more than fit into memory#{@0: a file and stream, @1: 640 x 480}",
+                     {mName, std::to_string(width) + " x " + std::to_string(height),
+                      std::to_string(VF::kMostPixelsPerSide)}),
+            kMediaError_NothingDecoded);
     }
     if (!target.frame->InitializePixels(0)) {
         throw std::bad_alloc();

@@ -1,5 +1,6 @@
 #include "VideoDecoder.h"
 
+#include "../../support/KeptText.h"
 #include "MediaFile.h"
 
 #include <kiocore/config/Errors.h>
@@ -73,11 +74,13 @@ int VideoDecoder::ChooseStream(int inStreamIndex) const
         }
     }
     throw kiocore::kio_exception(
-        ShownPath(mPath) +
-            (inStreamIndex < 0 ? ": no video stream in it (\"" + std::string(format.iformat->name) +
-                                     "\"); expected at least one"
-                               : ": stream " + std::to_string(inStreamIndex) + " is no video stream of its " +
-                                     std::to_string(format.nb_streams) + " streams"),
+        inStreamIndex < 0
+            ? KeptText("$$$/Halcyon/TrHost/Media/NoVideo=@0: no video stream in it (\"@1\"); expected at "
+                       "least one#{@0: a file, @1: its format}",
+                       {ShownPath(mPath), format.iformat->name})
+            : KeptText("$$$/Halcyon/TrHost/Media/NoVideoStream=@0: stream @1 is no video stream of its @2 "
+                       "streams#{@0: a file}",
+                       {ShownPath(mPath), std::to_string(inStreamIndex), std::to_string(format.nb_streams)}),
         kMediaError_NotMedia);
 }
 
@@ -123,9 +126,10 @@ void VideoDecoder::OpenDecoder()
     const AVStream& stream = GetStream();
     const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
     if (!codec) {
-        throw kiocore::kio_exception(ShownPath(mPath) + ": stream " + std::to_string(stream.index) +
-                                         ": codec \"" + avcodec_get_name(stream.codecpar->codec_id) +
-                                         "\" has no decoder",
+        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Media/StreamHasNoDecoder=@0: stream @1: "
+                                              "codec \"@2\" has no decoder#{@0: a file}",
+                                              {ShownPath(mPath), std::to_string(stream.index),
+                                               avcodec_get_name(stream.codecpar->codec_id)}),
                                      kMediaError_NotMedia);
     }
     mDecoder.reset(Allocated(avcodec_alloc_context3(codec)));
@@ -142,10 +146,11 @@ void VideoDecoder::OpenDecoder()
         throw std::bad_alloc();
     }
     if (result < 0) {
-        throw kiocore::kio_exception(ShownPath(mPath) + ": the decoder for \"" + codec->name +
-                                         "\" refuses stream " + std::to_string(stream.index) + " (" +
-                                         ErrorText(result) + ")",
-                                     kMediaError_NotMedia);
+        throw kiocore::kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Media/DecoderRefusesStream=@0: the decoder for \"@1\" refuses "
+                     "stream @2 (@3)#{@0: a file, @3: the reason}",
+                     {ShownPath(mPath), codec->name, std::to_string(stream.index), ErrorText(result)}),
+            kMediaError_NotMedia);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "VideoReader.h"
 
+#include "../../support/KeptText.h"
 #include "PictureConverter.h"
 #include "VideoDecoder.h"
 
@@ -128,9 +129,9 @@ const Picture& VideoReader::Find(TickTime inTime, const ICancel& inCancel)
     }
     const Picture* const found = Holds(inTime);
     if (!found) {
-        throw kiocore::kio_exception(ShownPath(mDecoder.Path()) + ": stream " +
-                                         std::to_string(Stream().index) +
-                                         ": no picture in it that could be decoded",
+        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Media/NoPictureDecoded=@0: stream @1: no "
+                                              "picture in it that could be decoded#{@0: a file}",
+                                              {ShownPath(mDecoder.Path()), std::to_string(Stream().index)}),
                                      kMediaError_NothingDecoded);
     }
     return *found;
@@ -139,7 +140,9 @@ const Picture& VideoReader::Find(TickTime inTime, const ICancel& inCancel)
 MF::IVideoFrameRef VideoReader::FrameAt(TickTime inTime, const ICancel& inCancel)
 {
     if (inCancel.IsCancelled()) {
-        throw kiocore::kio_exception(ShownPath(mDecoder.Path()) + ": cancelled", kiocore::kError_Cancelled);
+        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/Media/Cancelled=@0: cancelled#{@0: a file}",
+                                              {ShownPath(mDecoder.Path())}),
+                                     kiocore::kError_Cancelled);
     }
     const Picture* picture = nullptr;
     try {

@@ -3,8 +3,6 @@
 #include <kiocore/config/Localizer.h>
 #include <kiocore/debug/Trace.h>
 
-#include <system_error>
-
 namespace kiocore {
 
 kio_exception::kio_exception(std::string inTextUTF8, std::uint32_t inCode)
@@ -29,14 +27,6 @@ std::string kio_exception::Place() const
     }
     return place += mFailedCondition;
 }
-
-file_exception::file_exception(const char* inOperation, std::string_view inPathUTF8, int inErrno)
-    : kio_exception("Cannot " + std::string(inOperation) + " " + std::string(inPathUTF8) + ": " +
-                        std::generic_category().message(inErrno),
-                    kError_File),
-      mErrno(inErrno)
-{}
-file_exception::~file_exception() = default;
 
 null_reference_exception::null_reference_exception(const std::string& inTypeName)
     : kio_exception("An empty reference was used where a " + inTypeName + " was expected",

@@ -20,11 +20,15 @@ constexpr std::string_view kKeyMark = "$$$/";
 constexpr std::string_view kNoteMark = "#{";
 constexpr std::string_view kDefaultLanguage = "en";
 
+/// The application's catalogue first, then those of the libraries that it added.
+using Catalogues = std::vector<std::shared_ptr<const Catalogue>>;
+
 struct Language {
     std::mutex lock; // guards the members below
     std::string name{kDefaultLanguage};
+    std::string asked{kDefaultLanguage};
     utility::UTF16String locale = LocaleCodeOf(kDefaultLanguage);
-    std::shared_ptr<const Catalogue> catalogue;
+    std::shared_ptr<const Catalogues> catalogues; // replaced, never changed; null for the defaults
 };
 
 // Leaked on purpose: texts are asked for until the very end of the process.
@@ -34,11 +38,11 @@ Language& TheLanguage()
     return *language;
 }
 
-std::shared_ptr<const Catalogue> CurrentCatalogue()
+std::shared_ptr<const Catalogues> CurrentCatalogues()
 {
     Language& language = TheLanguage();
     std::lock_guard lock(language.lock);
-    return language.catalogue;
+    return language.catalogues;
 }
 
 std::string WithLineFeeds(std::string_view inText)
@@ -108,16 +112,32 @@ std::optional<std::string> ReadFile(const std::string& inPath)
     return bytes;
 }
 
+/// The catalogue of a folder that serves a language, and its name; null when there is none.
+std::pair<std::shared_ptr<const Catalogue>, std::string> FindCatalogue(std::string_view inLanguage,
+                                                                       std::string_view inFolder)
+{
+    for (const std::string& name : CatalogueNames(inLanguage)) {
+        const std::string path = std::string(inFolder) + '/' + name + ".mo";
+        if (std::optional<std::string> bytes = ReadFile(path)) {
+            return {std::make_shared<const Catalogue>(std::move(*bytes), path), name};
+        }
+    }
+    return {};
+}
+
 /// @param inLocale  the language with what else was asked for: the catalogue "de" may serve "de_AT".
 void UseLanguage(std::string_view inName, std::string_view inLocale,
                  std::shared_ptr<const Catalogue> inCatalogue)
 {
     utility::UTF16String locale = LocaleCodeOf(inLocale);
+    std::shared_ptr<const Catalogues> catalogues =
+        inCatalogue ? std::make_shared<const Catalogues>(1, std::move(inCatalogue)) : nullptr;
     Language& language = TheLanguage();
     std::lock_guard lock(language.lock);
     language.name = inName;
+    language.asked = inLocale;
     language.locale.swap(locale);
-    language.catalogue.swap(inCatalogue);
+    language.catalogues.swap(catalogues);
 }
 
 /// A parameter at the beginning of a text: which value it stands for, and its length.
@@ -156,9 +176,11 @@ utility::UTF16String Localizer::GetText(std::string_view inLocalisedText)
     const std::string_view key = inLocalisedText.substr(kKeyMark.size(), equals - kKeyMark.size());
     const std::string_view rest = inLocalisedText.substr(equals + 1);
     const std::string text = WithLineFeeds(rest.substr(0, rest.find(kNoteMark)));
-    if (const auto catalogue = CurrentCatalogue()) {
-        if (const auto translated = catalogue->Find(key, text)) {
-            return utility::ToUTF16(*translated);
+    if (const auto catalogues = CurrentCatalogues()) {
+        for (const auto& catalogue : *catalogues) {
+            if (const auto translated = catalogue->Find(key, text)) {
+                return utility::ToUTF16(*translated);
+            }
         }
     }
     return utility::ToUTF16(text);
@@ -186,23 +208,49 @@ int Localizer::SetLanguage(std::string_view inLanguage, std::string_view inFolde
 {
     KIO_HOST_CALL("kiocore::config::Localizer::SetLanguage", inLanguage, inFolderUTF8);
     if (!IsLanguageCode(inLanguage)) {
-        throw kio_exception("\"" + std::string(inLanguage) +
-                                "\" is no language; expected a code such as de or pt_BR",
-                            kError_BadArgument);
+        throw kio_exception(
+            Format(GetText("$$$/kiocore/Error/NoLanguage=\"@0\" is no language; expected a code "
+                           "such as de or pt_BR"),
+                   {utility::ToUTF16(inLanguage)}),
+            kError_BadArgument);
     }
-    for (const std::string& name : CatalogueNames(inLanguage)) {
-        if (IsDefaultLanguage(name)) {
-            UseLanguage(kDefaultLanguage, inLanguage, nullptr);
+    const std::vector<std::string> names = CatalogueNames(inLanguage);
+    if (std::any_of(names.begin(), names.end(), &IsDefaultLanguage)) {
+        UseLanguage(kDefaultLanguage, inLanguage, nullptr);
+        return 0;
+    }
+    auto [catalogue, name] = FindCatalogue(inLanguage, inFolderUTF8);
+    if (!catalogue) {
+        UseLanguage(kDefaultLanguage, kDefaultLanguage, nullptr);
+        return -1;
+    }
+    UseLanguage(name, inLanguage, std::move(catalogue));
+    return 0;
+}
+
+int Localizer::AddTexts(std::string_view inFolderUTF8)
+{
+    KIO_HOST_CALL("kiocore::config::Localizer::AddTexts", inFolderUTF8);
+    Language& language = TheLanguage();
+    std::string asked;
+    {
+        std::lock_guard lock(language.lock);
+        if (!language.catalogues) {
             return 0;
         }
-        const std::string path = std::string(inFolderUTF8) + '/' + name + ".mo";
-        if (std::optional<std::string> bytes = ReadFile(path)) {
-            UseLanguage(name, inLanguage, std::make_shared<const Catalogue>(std::move(*bytes), path));
-            return 0;
-        }
+        asked = language.asked;
     }
-    UseLanguage(kDefaultLanguage, kDefaultLanguage, nullptr);
-    return -1;
+    const auto catalogue = FindCatalogue(asked, inFolderUTF8).first;
+    if (!catalogue) {
+        return -1;
+    }
+    std::lock_guard lock(language.lock);
+    if (language.catalogues && language.asked == asked) {
+        Catalogues more = *language.catalogues;
+        more.push_back(catalogue);
+        language.catalogues = std::make_shared<const Catalogues>(std::move(more));
+    }
+    return 0;
 }
 
 std::string Localizer::GetLanguage()

@@ -101,3 +101,13 @@ ScReplaceBrowser::~ScReplaceBrowser()
 }
 
 } // namespace kiocore::platform
+
+void kiocore::utility::OpenURLInDefaultBrowser(UTF16View inURL)
+{
+    KIO_HOST_CALL("kiocore::utility::OpenURLInDefaultBrowser", inURL);
+    if (const int result = platform::OpenURLInBrowser(inURL); result < 0) {
+        debug::Trace(1, "Errors",
+                     ToUTF8(inURL) + (result == -1 ? ": not opened, as it is no web address"
+                                                   : ": not opened, as there is no browser to open it with"));
+    }
+}

@@ -1,6 +1,7 @@
 #include <kiocore/platform/Modules.h>
 
 #include <kiocore/config/Errors.h>
+#include <kiocore/config/Localizer.h>
 #include <kiocore/filesupport/NativePath.h>
 
 #include <dlfcn.h>
@@ -104,7 +105,11 @@ void* LoadModuleFunction(const std::string& inModulePath, const char* inFunction
     if (!module) {
         const char* const reason = ::dlerror();
         throw kio_exception(
-            "Cannot load module " + inModulePath + ": " + (reason ? reason : "unknown reason"), kError_File);
+            config::Localizer::Format(
+                config::Localizer::GetText("$$$/kiocore/Error/Module=Cannot load module @0: "
+                                           "@1#{@0: a file, @1: the reason}"),
+                {utility::ToUTF16(inModulePath), reason ? utility::ToUTF16(reason) : u"unknown reason"}),
+            kError_File);
     }
     ::dlerror();
     void* const function = ::dlsym(module, inFunctionName);

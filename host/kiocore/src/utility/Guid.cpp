@@ -1,6 +1,7 @@
 #include <kiocore/utility/Guid.h>
 
 #include <kiocore/config/Errors.h>
+#include <kiocore/config/Localizer.h>
 
 #include <sys/random.h>
 
@@ -71,9 +72,11 @@ Guid::Guid(std::string_view inText)
 {
     const std::optional<Guid> guid = FromText(inText);
     if (!guid) {
-        throw kio_exception("\"" + std::string(inText) +
-                                "\" is no GUID; expected the form 102bfb4c-1980-4e77-87df-17b03d5b09db",
-                            kError_BadGuidText);
+        throw kio_exception(
+            config::Localizer::Format(config::Localizer::GetText(
+                                          "$$$/kiocore/Error/NoGuid=\"@0\" is no GUID; expected the form @1"),
+                                      {ToUTF16(inText), u"102bfb4c-1980-4e77-87df-17b03d5b09db"}),
+            kError_BadGuidText);
     }
     *this = *guid;
 }

@@ -1,6 +1,8 @@
 #include "platform/WindowSystem.h"
 
 #include <kiocore/config/Errors.h>
+#include <kiocore/config/Localizer.h>
+#include <kiocore/utility/UTF16String.h>
 
 #include <QByteArray>
 #include <QDir>
@@ -12,6 +14,9 @@
 #include <QStringList>
 
 #include <dlfcn.h>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace kioui::platform {
 namespace {
@@ -80,7 +85,8 @@ bool IsInstalled(const QString& inPlatform)
     for (const QString& folder : PluginFolders()) {
         for (const QString& file : QDir(folder).entryList(QDir::Files)) {
             const QJsonObject about = QPluginLoader(folder + QLatin1Char('/') + file).metaData();
-            const QJsonArray keys = about[QLatin1String("MetaData")].toObject()[QLatin1String("Keys")].toArray();
+            const QJsonArray keys =
+                about[QLatin1String("MetaData")].toObject()[QLatin1String("Keys")].toArray();
             if (keys.contains(inPlatform)) {
                 return true;
             }
@@ -104,10 +110,30 @@ QStringList PlatformsToTry()
     return platforms;
 }
 
+std::string LocalText(std::string_view inText, const std::vector<std::string>& inValues)
+{
+    using kiocore::config::Localizer;
+    std::vector<kiocore::utility::UTF16String> values;
+    for (const std::string& value : inValues) {
+        values.push_back(kiocore::utility::ToUTF16(value));
+    }
+    return kiocore::utility::ToUTF8(Localizer::Format(Localizer::GetText(inText), values));
+}
+
 std::string Shown(const char* inVariable)
 {
-    return std::string(inVariable) +
-           (qEnvironmentVariableIsSet(inVariable) ? "=" + qgetenv(inVariable).toStdString() : " is not set");
+    return qEnvironmentVariableIsSet(inVariable)
+               ? inVariable + ("=" + qgetenv(inVariable).toStdString())
+               : LocalText("$$$/kioui/WindowSystem/NotSet=@0 is not set#{@0: an environment variable}",
+                           {inVariable});
+}
+
+std::string Unreachable(const QString& inPlatform, const std::string& inVariables)
+{
+    return LocalText(
+        "$$$/kioui/WindowSystem/Unreachable=@0: the display cannot be reached (@1)#{@0: xcb, @1: "
+        "DISPLAY is not set}",
+        {inPlatform.toStdString(), inVariables});
 }
 
 /// Empty when it can be used.
@@ -115,14 +141,14 @@ std::string WhatIsWrongWith(const QString& inPlatform)
 {
     const QString name = inPlatform.section(QLatin1Char(':'), 0, 0);
     if (!IsInstalled(name)) {
-        return name.toStdString() + ": no such plug-in is installed";
+        return LocalText("$$$/kioui/WindowSystem/NotInstalled=@0: no such plug-in is installed#{@0: xcb}",
+                         {name.toStdString()});
     }
     if (name == QLatin1String("xcb") && !CanConnectToX11()) {
-        return "xcb: the display cannot be reached (" + Shown("DISPLAY") + ")";
+        return Unreachable(name, Shown("DISPLAY"));
     }
     if (name.startsWith(QLatin1String("wayland")) && !CanConnectToWayland()) {
-        return name.toStdString() + ": the display cannot be reached (" + Shown("WAYLAND_DISPLAY") + ", " +
-               Shown("XDG_RUNTIME_DIR") + ")";
+        return Unreachable(name, Shown("WAYLAND_DISPLAY") + ", " + Shown("XDG_RUNTIME_DIR"));
     }
     return {};
 }
@@ -139,9 +165,12 @@ void RequireWindowSystem()
         }
         reasons += (reasons.empty() ? "" : "; ") + reason;
     }
-    throw kiocore::kio_exception("no window system can be used: " + reasons +
-                                     " (without a display, QT_QPA_PLATFORM=offscreen draws into memory)",
-                                 kiocore::kError_Startup);
+    throw kiocore::kio_exception(
+        LocalText(
+            "$$$/kioui/WindowSystem/None=no window system can be used: @0 (without a display, @1 draws into "
+            "memory)#{@0: the reasons}",
+            {reasons, "QT_QPA_PLATFORM=offscreen"}),
+        kiocore::kError_Startup);
 }
 
 } // namespace kioui::platform

@@ -5,6 +5,7 @@
 #include "support/TemporaryFolder.h"
 
 #include <kiocore/config/Errors.h>
+#include <support/KeptText.h>
 
 #include <gmock/gmock.h>
 
@@ -132,7 +133,7 @@ TEST(AudioReader, SaysWhatIsWrong)
         try {
             Module().OpenAudio(folder / inFile, inStream, NoCancel());
         } catch (const kiocore::kio_exception& error) {
-            EXPECT_THAT(error.what(), testing::HasSubstr(inFile));
+            EXPECT_THAT(trhost::ToldText(error.what()), testing::HasSubstr(inFile));
             return error.Code();
         }
         return 0;

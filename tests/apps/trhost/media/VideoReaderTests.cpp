@@ -7,6 +7,7 @@
 
 #include <VF/VideoFrames.h>
 #include <kiocore/config/Errors.h>
+#include <support/KeptText.h>
 
 #include <gmock/gmock.h>
 
@@ -515,8 +516,8 @@ TEST(VideoReader, SaysWhatItCannotShow)
             ADD_FAILURE() << "nothing was thrown";
         } catch (const kiocore::kio_exception& error) {
             EXPECT_EQ(error.Code(), test.code);
-            EXPECT_THAT(error.what(), testing::HasSubstr(test.text));
-            EXPECT_THAT(error.what(), testing::HasSubstr(test.file));
+            EXPECT_THAT(trhost::ToldText(error.what()), testing::HasSubstr(test.text));
+            EXPECT_THAT(trhost::ToldText(error.what()), testing::HasSubstr(test.file));
         }
     }
 }

@@ -11,6 +11,7 @@ using kiocore::UTF16String;
 using kiocore::config::CompareUnderDefaultLocale;
 using kiocore::config::Locale;
 using kiocore::config::Localizer;
+using kiocore::config::SortKeyUnderDefaultLocale;
 
 TEST(Localizer, ShowsDefaultsWithoutKeysAndNotes)
 {
@@ -103,6 +104,44 @@ TEST(Localizer, TakesTheNearestCatalogue)
     EXPECT_EQ(Localizer::GetLanguage(), "en");
 }
 
+TEST(Localizer, AddsTheTextsOfLibraries)
+{
+    support::TemporaryFolder folder;
+    const auto write = [&](const char* inName, const char* inGo, const char* inKey) {
+        const auto path = folder / inName;
+        std::filesystem::create_directories(path.parent_path());
+        support::WriteFile(path, MakeCatalogue({{"App/Go\x04Go", inGo}, {inKey, inGo}}));
+    };
+    write("app/de.mo", "Los", "App/Only\x04Only");
+    write("library/de.mo", "Weiter", "Library/Only\x04Only");
+    write("library/de_AT.mo", "Gemma", "Library/Only\x04Only");
+    write("library/fr.mo", "Allez", "Library/Only\x04Only");
+    const std::string app = (folder / "app").native();
+    const std::string library = (folder / "library").native();
+    const auto go = [] { return Localizer::GetText("$$$/App/Go=Go"); };
+    const auto only = [] { return Localizer::GetText("$$$/Library/Only=Only"); };
+
+    ASSERT_EQ(Localizer::SetLanguage("de_AT", app), 0);
+    EXPECT_EQ(Localizer::AddTexts(app + "/none"), -1);
+    EXPECT_EQ(Localizer::AddTexts(library), 0);
+    EXPECT_EQ(go(), u"Los") << "the application's own comes first";
+    EXPECT_EQ(only(), u"Gemma") << "each folder gives the nearest that it has";
+    EXPECT_EQ(Localizer::GetLanguage(), "de");
+
+    ASSERT_EQ(Localizer::SetLanguage("de", app), 0);
+    EXPECT_EQ(only(), u"Only") << "setting the language begins anew";
+
+    ASSERT_EQ(Localizer::SetLanguage("fr", app), -1);
+    EXPECT_EQ(Localizer::AddTexts(library), 0);
+    EXPECT_EQ(only(), u"Only") << "an application without French stays in one language";
+
+    ASSERT_EQ(Localizer::SetLanguage("de", app), 0);
+    support::WriteFile(folder / "library" / "de.mo", "no catalogue");
+    EXPECT_THROW(Localizer::AddTexts(library), kiocore::kio_exception);
+    EXPECT_EQ(go(), u"Los");
+    Localizer::SetLanguage("en", "");
+}
+
 TEST(CompareUnderDefaultLocale, OrdersAsADictionaryAndTellsAllTextsApart)
 {
     const UTF16String lone{0xD800};
@@ -123,5 +162,40 @@ TEST(CompareUnderDefaultLocale, OrdersAsADictionaryAndTellsAllTextsApart)
         EXPECT_EQ(CompareUnderDefaultLocale(test.less, test.more), -1);
         EXPECT_EQ(CompareUnderDefaultLocale(test.more, test.less), 1);
         EXPECT_EQ(CompareUnderDefaultLocale(test.less, test.less), 0);
+    }
+}
+
+TEST(SortKeyUnderDefaultLocale, OrdersAsComparingDoes)
+{
+    const std::vector<UTF16String> texts = {u"",
+                                            u"a",
+                                            u"A",
+                                            u"b",
+                                            u"ab",
+                                            u"a b",
+                                            u"a-b",
+                                            u"e",
+                                            u"\u00e9",
+                                            u"e\u0301",
+                                            u"\u00c9",
+                                            u"f",
+                                            u"K",
+                                            u"\u212a",
+                                            u"k",
+                                            u"z",
+                                            u"\u5f71",
+                                            u"\U0001F600",
+                                            UTF16String{0xD800},
+                                            UTF16String{u'a', u'\0'},
+                                            UTF16String{u'a', u'\0', u'b'},
+                                            UTF16String{u'\0'},
+                                            UTF16String(300, u'x'),
+                                            UTF16String(300, u'x') + u"y"};
+    for (const UTF16String& a : texts) {
+        for (const UTF16String& b : texts) {
+            const int byKey = SortKeyUnderDefaultLocale(a).compare(SortKeyUnderDefaultLocale(b));
+            EXPECT_EQ((byKey > 0) - (byKey < 0), CompareUnderDefaultLocale(a, b))
+                << testing::PrintToString(a) << " against " << testing::PrintToString(b);
+        }
     }
 }

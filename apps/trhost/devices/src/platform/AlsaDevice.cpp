@@ -1,5 +1,7 @@
 #include "AlsaDevice.h"
 
+#include "../../../support/LocalText.h"
+
 #include <kiocore/config/Errors.h>
 #include <kiocore/debug/Trace.h>
 
@@ -44,6 +46,14 @@ std::string WithConverter(const std::string& inName)
     return "plug:'" + inName + "'";
 }
 
+/// The library has error numbers of its own above the system's.
+std::string ReasonOf(int inError)
+{
+    constexpr int kFirstOwn = SND_ERROR_BEGIN;
+    return -inError < kFirstOwn ? kiocore::utility::ToUTF8(kiocore::SystemErrorText(-inError))
+                                : snd_strerror(inError);
+}
+
 } // namespace
 
 AlsaDevice::AlsaDevice(const std::string& inName, snd_pcm_stream_t inDirection, const AudioFormat& inFormat)
@@ -69,7 +79,7 @@ AlsaDevice::AlsaDevice(const std::string& inName, snd_pcm_stream_t inDirection, 
 
 int AlsaDevice::Open(const std::string& inName)
 {
-    mStep = "opened";
+    mStep = "$$$/Halcyon/TrHost/Device/Step/Opened=opened#{the audio device cannot be opened for playing}";
     snd_pcm_t* handle = nullptr;
     const int result = snd_pcm_open(&handle, inName.c_str(), mDirection, SND_PCM_NONBLOCK);
     mHandle.reset(result < 0 ? nullptr : handle);
@@ -84,7 +94,8 @@ int AlsaDevice::Configure()
     }
     const std::unique_ptr<snd_pcm_hw_params_t, FreeHardwareParameters> parameters(made);
     snd_pcm_t* const pcm = mHandle.get();
-    mStep = "configured";
+    mStep = "$$$/Halcyon/TrHost/Device/Step/Configured=configured#{the audio device cannot be configured for "
+            "playing}";
     int result = snd_pcm_hw_params_any(pcm, made);
     if (result >= 0) {
         result = snd_pcm_hw_params_set_access(pcm, made, SND_PCM_ACCESS_RW_INTERLEAVED);
@@ -96,14 +107,17 @@ int AlsaDevice::Configure()
         return snd_pcm_hw_params_set_format(pcm, made, candidate.first) >= 0;
     });
     if (form == std::end(kForms)) {
-        mStep = "set to a known sample format";
+        mStep = "$$$/Halcyon/TrHost/Device/Step/Format=set to a known sample format#{the audio device cannot "
+                "be set to ... for playing}";
         return -EINVAL;
     }
     mForm = form->second;
-    mStep = "set to this number of channels";
+    mStep = "$$$/Halcyon/TrHost/Device/Step/Channels=set to this number of channels#{the audio device cannot "
+            "be set to ... for playing}";
     result = snd_pcm_hw_params_set_channels(pcm, made, unsigned(mFormat.channels));
     if (result >= 0) {
-        mStep = "set to this rate";
+        mStep = "$$$/Halcyon/TrHost/Device/Step/Rate=set to this rate#{the audio device cannot be set to ... "
+                "for playing}";
         snd_pcm_hw_params_set_rate_resample(pcm, made, 1);
         result = snd_pcm_hw_params_set_rate(pcm, made, unsigned(mFormat.rate), 0);
     }
@@ -115,7 +129,8 @@ int AlsaDevice::Configure()
     snd_pcm_hw_params_set_buffer_time_near(pcm, made, &buffer, nullptr);
     unsigned period = kPeriodUs;
     snd_pcm_hw_params_set_period_time_near(pcm, made, &period, nullptr);
-    mStep = "configured";
+    mStep = "$$$/Halcyon/TrHost/Device/Step/Configured=configured#{the audio device cannot be configured for "
+            "playing}";
     result = snd_pcm_hw_params(pcm, made);
     if (result >= 0) {
         snd_pcm_hw_params_get_buffer_size(made, &mBufferFrames);
@@ -132,7 +147,8 @@ int AlsaDevice::ConfigureStart()
     }
     const std::unique_ptr<snd_pcm_sw_params_t, FreeSoftwareParameters> parameters(made);
     snd_pcm_t* const pcm = mHandle.get();
-    mStep = "prepared";
+    mStep =
+        "$$$/Halcyon/TrHost/Device/Step/Prepared=prepared#{the audio device cannot be prepared for playing}";
     int result = snd_pcm_sw_params_current(pcm, made);
     if (result < 0) {
         return result;
@@ -146,7 +162,8 @@ int AlsaDevice::ConfigureStart()
         result = snd_pcm_prepare(pcm);
     }
     if (result >= 0 && mDirection == SND_PCM_STREAM_CAPTURE) {
-        mStep = "started";
+        mStep = "$$$/Halcyon/TrHost/Device/Step/Started=started#{the audio device cannot be started for "
+                "recording}";
         result = snd_pcm_start(pcm);
     }
     return result;
@@ -157,15 +174,23 @@ void AlsaDevice::ThrowNotOpened(int inError) const
     const std::uint32_t code = inError == -EBUSY || inError == -EAGAIN    ? kDevicesError_Busy
                                : inError == -EINVAL || inError == -ENOSYS ? kDevicesError_Format
                                                                           : kDevicesError_NoDevice;
-    const std::string expected = code == kDevicesError_Format
-                                     ? "one that takes " + std::to_string(mFormat.channels) +
-                                           " channels at " + std::to_string(mFormat.rate) + " Hz"
-                                 : code == kDevicesError_Busy ? "one that nobody else has opened"
-                                                              : "the name of an audio device of this machine";
-    throw kiocore::kio_exception("the audio device " + mName + " cannot be " + mStep + " for " +
-                                     (mDirection == SND_PCM_STREAM_PLAYBACK ? "playing" : "recording") +
-                                     " (" + snd_strerror(inError) + "); expected " + expected,
-                                 code);
+    const std::string expected =
+        code == kDevicesError_Format
+            ? LocalText("$$$/Halcyon/TrHost/Device/ExpectedForm=one that takes @0 channels at @1 Hz#{an "
+                        "audio device}",
+                        {std::to_string(mFormat.channels), std::to_string(mFormat.rate)})
+        : code == kDevicesError_Busy
+            ? LocalText(
+                  "$$$/Halcyon/TrHost/Device/ExpectedFree=one that nobody else has opened#{an audio device}")
+            : LocalText("$$$/Halcyon/TrHost/Device/ExpectedName=the name of an audio device of this machine");
+    throw kiocore::kio_exception(
+        LocalText(mDirection == SND_PCM_STREAM_PLAYBACK
+                      ? "$$$/Halcyon/TrHost/Device/NotForPlaying=the audio device @0 cannot be @1 for "
+                        "playing (@2); expected @3#{@1: opened, @2: the reason}"
+                      : "$$$/Halcyon/TrHost/Device/NotForRecording=the audio device @0 cannot be @1 for "
+                        "recording (@2); expected @3#{@1: opened, @2: the reason}",
+                  {mName, LocalText(mStep), ReasonOf(inError), expected}),
+        code);
 }
 
 void AlsaDevice::Wait(int inMostMs)
@@ -200,8 +225,9 @@ void AlsaDevice::Recover(int inError)
         result = snd_pcm_start(pcm);
     }
     if (result < 0) {
-        throw kiocore::kio_exception("the audio device " + mName + " stopped working (" +
-                                         snd_strerror(result) + "); was it unplugged?",
+        throw kiocore::kio_exception(LocalText("$$$/Halcyon/TrHost/Device/Lost=the audio device @0 stopped "
+                                               "working (@1); was it unplugged?#{@1: the reason}",
+                                               {mName, ReasonOf(result)}),
                                      kDevicesError_Lost);
     }
     kiocore::debug::Trace(3, "Devices", "the sound of " + mName + " broke off and goes on");

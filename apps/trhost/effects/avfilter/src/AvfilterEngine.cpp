@@ -5,6 +5,7 @@
 #include "AvfilterSupport.h"
 #include "FilterDescriber.h"
 #include "platform/LoadedFiles.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -41,8 +42,9 @@ public:
         const AVFilter& filter = Find(inPluginName);
         const auto kind = KindOf(filter);
         if (!kind) {
-            throw kio_exception("avfilter." + inPluginName +
-                                    ": is neither a filter of one picture, a source nor a transition",
+            throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/FilterKind=@0: is neither a filter of "
+                                         "one picture, a source nor a transition",
+                                         {"avfilter." + inPluginName}),
                                 kEffectError_NoPlugin);
         }
         return DescribeFilter(filter, *kind, mLibrary);
@@ -73,7 +75,9 @@ private:
     {
         if (!inFile.empty() && Resolved(inFile) != mLibrary &&
             Resolved(inFile) != FileAt(AddressOf(&trhost_effect_engine))) {
-            throw kio_exception(inFile + ": is not the libavfilter in use, which is " + mLibrary,
+            throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/OtherLibavfilter=@0: is not the "
+                                         "libavfilter in use, which is @1#{both are files}",
+                                         {inFile, mLibrary}),
                                 kEffectError_NoPlugin);
         }
     }
@@ -81,7 +85,9 @@ private:
     {
         const AVFilter* const filter = avfilter_get_by_name(inPluginName.c_str());
         if (!filter) {
-            throw kio_exception("avfilter." + inPluginName + ": " + mLibrary + " has no such filter",
+            throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/NoFilter=@0: @1 has no such filter#{@0: "
+                                         "a match name, @1: a file}",
+                                         {"avfilter." + inPluginName, mLibrary}),
                                 kEffectError_NoPlugin);
         }
         return *filter;
@@ -91,11 +97,17 @@ private:
         CheckFile(inDescription.file);
         const AVFilter& filter = Find(inDescription.pluginName);
         if (!inDescription.refusal.empty()) {
-            throw kio_exception(inDescription.matchName + ": " + inDescription.refusal, kEffectError_Refused);
+            throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/NamedReason=@0: @1#{@0: a match name, "
+                                         "@1: a reason, such as: opens files}",
+                                         {inDescription.matchName, inDescription.refusal}),
+                                kEffectError_Refused);
         }
         if (!inIsAsked) {
-            throw kio_exception(inDescription.matchName + ": is a " + NameOf(inDescription.kind),
-                                kEffectError_NoPlugin);
+            throw kio_exception(
+                KeptText(
+                    "$$$/Halcyon/TrHost/Effects/IsOfKind=@0: is a @1#{@0: a match name, @1: video filter}",
+                    {inDescription.matchName, TextOf(inDescription.kind)}),
+                kEffectError_NoPlugin);
         }
         return filter;
     }

@@ -3,6 +3,7 @@
 #include "Carriers.h"
 #include "StreamEffect.h"
 #include "TransitionEffect.h"
+#include "support/KeptText.h"
 
 #include <VF/VideoFrames.h>
 #include <kiocore/classref/InterfaceRef.h>
@@ -36,17 +37,20 @@ TR::EffectPluginMetadata MetadataOf(const EffectDescription& inDescription)
 VideoEffectForm Checked(const EffectDescription& inDescription, VideoEffectForm inForm)
 {
     const auto refuse = [&](const std::string& inProblem) {
-        throw kio_exception(inDescription.matchName + ": " + inProblem, kEffectError_BadFrame);
+        throw kio_exception(inProblem, kEffectError_BadFrame);
     };
     const auto isSide = [](std::uint32_t inSide) { return inSide >= 1 && inSide <= VF::kMostPixelsPerSide; };
     if (!isSide(inForm.width) || !isSide(inForm.height)) {
-        refuse("was opened for pictures of " + std::to_string(inForm.width) + "x" +
-               std::to_string(inForm.height) + ", expected 1 to " + std::to_string(VF::kMostPixelsPerSide) +
-               " pixels each way");
+        refuse(KeptText("$$$/Halcyon/TrHost/Effects/OpenedForSize=@0: was opened for pictures of @1, "
+                        "expected 1 to @2 pixels each way#{@1: 640x480}",
+                        {inDescription.matchName,
+                         std::to_string(inForm.width) + "x" + std::to_string(inForm.height),
+                         std::to_string(VF::kMostPixelsPerSide)}));
     }
     if (!std::isfinite(inForm.framesPerSecond) || inForm.framesPerSecond <= 0) {
-        refuse("was opened for " + std::to_string(inForm.framesPerSecond) +
-               " frames a second, expected more than none");
+        refuse(KeptText("$$$/Halcyon/TrHost/Effects/OpenedForRate=@0: was opened for @1 frames a second, "
+                        "expected more than none",
+                        {inDescription.matchName, std::to_string(inForm.framesPerSecond)}));
     }
     const auto& formats = inDescription.formats;
     const auto best = formats.empty() ? kiomediatypes::kPixelFormat_BGRA_4444_8u : formats.front();
@@ -54,8 +58,10 @@ VideoEffectForm Checked(const EffectDescription& inDescription, VideoEffectForm 
         inForm.format = best;
     }
     if (inForm.format != best && std::find(formats.begin(), formats.end(), inForm.format) == formats.end()) {
-        refuse(std::string("was opened for format ") + kiomediatypes::NameOf(inForm.format) +
-               ", which it does not take; its best is " + kiomediatypes::NameOf(best));
+        refuse(KeptText(
+            "$$$/Halcyon/TrHost/Effects/OpenedForFormat=@0: was opened for format @1, which it does not "
+            "take; its best is @2",
+            {inDescription.matchName, kiomediatypes::NameOf(inForm.format), kiomediatypes::NameOf(best)}));
     }
     return inForm;
 }

@@ -1,6 +1,7 @@
 #include "Devices.h"
 
 #include "AvfilterSupport.h"
+#include "support/KeptText.h"
 
 extern "C" {
 #include <libavutil/hwcontext.h>
@@ -14,20 +15,24 @@ namespace {
 
 std::string Find(const char* inKind)
 {
-    const std::string needs = std::string("needs a device of kind ") + inKind;
     const AVHWDeviceType type = av_hwdevice_find_type_by_name(inKind);
     if (type == AV_HWDEVICE_TYPE_NONE) {
-        return needs + ", which this build of libavutil does not know";
+        return KeptText("$$$/Halcyon/TrHost/Effects/DeviceUnknown=needs a device of kind @0, which this "
+                        "build of libavutil does not know#{@0: vulkan}",
+                        {inKind});
     }
     const ScFilterMessages messages;
     AVBufferRef* device = nullptr;
     const int result = av_hwdevice_ctx_create(&device, type, nullptr, nullptr, 0);
     av_buffer_unref(&device);
     if (result < 0) {
-        return needs + ", none is found";
+        return KeptText(
+            "$$$/Halcyon/TrHost/Effects/DeviceMissing=needs a device of kind @0, none is found#{@0: vulkan}",
+            {inKind});
     }
-    return std::string("runs on a device of kind ") + inKind +
-           "; one is found, but pictures are handed over in main memory only";
+    return KeptText("$$$/Halcyon/TrHost/Effects/DeviceOnly=runs on a device of kind @0; one is found, but "
+                    "pictures are handed over in main memory only#{@0: vulkan}",
+                    {inKind});
 }
 
 } // namespace

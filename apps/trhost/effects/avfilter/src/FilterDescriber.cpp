@@ -6,6 +6,7 @@
 #include "FilterKnowledge.h"
 #include "FrameTransfer.h"
 #include "Parameters.h"
+#include "support/KeptText.h"
 
 #include <VF/VideoFrameManipulators.h>
 #include <VF/VideoFrames.h>
@@ -135,7 +136,9 @@ std::string TryWithConversion(const AVFilter& inFilter, EffectKind inKind, Size 
     form.isConverting = true;
     const ScFilterMessages messages;
     const int result = TryToRun(form, format);
-    return result < 0 ? "cannot be set up: " + messages.Explain(result) : "";
+    return result < 0 ? KeptText("$$$/Halcyon/TrHost/Effects/NotSetUp=cannot be set up: @0",
+                                 {messages.Explain(result)})
+                      : "";
 }
 
 std::vector<PixelFormat> FormatsAt(const AVFilter& inFilter, EffectKind inKind, Size inSize)

@@ -6,11 +6,13 @@
 namespace trhost::effects::avfilter {
 namespace {
 
-constexpr const char* kFiles = "opens files";
-constexpr const char* kModel = "opens a file with a trained model";
-constexpr const char* kPlugins = "loads plug-ins of another kind";
-constexpr const char* kFormatsOnly = "only chooses formats within a graph, and does nothing by itself";
-constexpr const char* kGraphOnly = "only moves pictures to a device and back, and does nothing by itself";
+constexpr const char* kFiles = "$$$/Halcyon/TrHost/Effects/OpensFiles=opens files";
+constexpr const char* kModel = "$$$/Halcyon/TrHost/Effects/OpensModel=opens a file with a trained model";
+constexpr const char* kPlugins = "$$$/Halcyon/TrHost/Effects/LoadsPlugins=loads plug-ins of another kind";
+constexpr const char* kFormatsOnly = "$$$/Halcyon/TrHost/Effects/ChoosesFormats=only chooses formats within "
+                                     "a graph, and does nothing by itself";
+constexpr const char* kGraphOnly = "$$$/Halcyon/TrHost/Effects/MovesPictures=only moves pictures to a device "
+                                   "and back, and does nothing by itself";
 
 struct Refusal {
     const char* filter;
@@ -38,14 +40,15 @@ constexpr Refusal kRefusals[] = {
     {"movie", kFiles},
     {"nnedi", kModel},
     {"noformat", kFormatsOnly},
-    {"nullsrc", "gives pictures of whatever lies in memory"},
+    {"nullsrc", "$$$/Halcyon/TrHost/Effects/GivesMemory=gives pictures of whatever lies in memory"},
     {"ocr", kFiles},
     {"removelogo", kFiles},
-    {"sendcmd", "sends commands to other filters of a graph, and does nothing by itself"},
+    {"sendcmd", "$$$/Halcyon/TrHost/Effects/SendsCommands=sends commands to other filters of a graph, and "
+                "does nothing by itself"},
     {"sr", kModel},
     {"subtitles", kFiles},
-    {"vidstabtransform", "opens the file that vidstabdetect wrote"},
-    {"zmq", "opens a network socket"},
+    {"vidstabtransform", "$$$/Halcyon/TrHost/Effects/OpensDetected=opens the file that vidstabdetect wrote"},
+    {"zmq", "$$$/Halcyon/TrHost/Effects/OpensSocket=opens a network socket"},
 };
 
 struct Device {

@@ -2,6 +2,7 @@
 
 #include "../../EffectEngine.h"
 #include "FilterKnowledge.h"
+#include "support/KeptText.h"
 
 #include <kiocore/config/Errors.h>
 
@@ -203,8 +204,9 @@ const AVOption* FirstOfType(const AVFilter& inFilter, AVOptionType inType, std::
 [[noreturn]] void Refuse(const std::string& inWhose, const EffectParameter& inParameter,
                          const std::string& inValue, const std::string& inExpected)
 {
-    throw kio_exception(inWhose + ": parameter " + inParameter.name + " is \"" + inValue + "\", expected " +
-                            inExpected,
+    throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/ParameterIs=@0: parameter @1 is \"@2\", "
+                                 "expected @3#{@0: a match name, @3: a number, 0 to 1}",
+                                 {inWhose, inParameter.name, inValue, inExpected}),
                         kEffectError_BadParameter);
 }
 
@@ -216,9 +218,9 @@ bool Read(const std::string& inText, Number& outNumber)
     return result.ec == std::errc() && result.ptr == end;
 }
 
-std::string RangeText(const EffectParameter& inParameter)
+std::vector<std::string> RangeOf(const EffectParameter& inParameter)
 {
-    return NumberText(inParameter.minimum) + " to " + NumberText(inParameter.maximum);
+    return {NumberText(inParameter.minimum), NumberText(inParameter.maximum)};
 }
 
 std::string IntegerValue(const std::string& inWhose, const EffectParameter& inParameter,
@@ -240,7 +242,9 @@ std::string NumberValue(const std::string& inWhose, const EffectParameter& inPar
 {
     double number = 0;
     if (!Read(inValue, number) || std::isnan(number)) {
-        Refuse(inWhose, inParameter, inValue, "a number, " + RangeText(inParameter));
+        Refuse(inWhose, inParameter, inValue,
+               KeptText("$$$/Halcyon/TrHost/Effects/Expected/NumberIn=a number, @0 to @1",
+                        RangeOf(inParameter)));
     }
     number = std::clamp(number, inParameter.minimum, inParameter.maximum);
     return NumberText(number);
@@ -296,11 +300,16 @@ std::string ToOptionValue(const std::string& inWhose, const EffectParameter& inP
     switch (inParameter.kind) {
     case ParameterKind::kBool:
         if (inValue != "true" && inValue != "false") {
-            Refuse(inWhose, inParameter, inValue, "\"true\" or \"false\"");
+            Refuse(inWhose, inParameter, inValue,
+                   KeptText("$$$/Halcyon/TrHost/Effects/Expected/Either=@0 or @1#{@0: true, @1: false}",
+                            {"\"true\"", "\"false\""}));
         }
         return inValue;
     case ParameterKind::kInteger:
-        return IntegerValue(inWhose, inParameter, inValue, "a whole number, " + RangeText(inParameter));
+        return IntegerValue(
+            inWhose, inParameter, inValue,
+            KeptText("$$$/Halcyon/TrHost/Effects/Expected/WholeNumberIn=a whole number, @0 to @1",
+                     RangeOf(inParameter)));
     case ParameterKind::kNumber:
         return NumberValue(inWhose, inParameter, inValue);
     case ParameterKind::kChoice: {
@@ -308,10 +317,12 @@ std::string ToOptionValue(const std::string& inWhose, const EffectParameter& inP
         if (std::find(choices.begin(), choices.end(), inValue) != choices.end()) {
             return inValue;
         }
-        std::string expected = "one of";
+        std::string names;
         for (const std::string& choice : choices) {
-            expected += " " + choice;
+            names += (names.empty() ? "" : " ") + choice;
         }
+        const std::string expected =
+            KeptText("$$$/Halcyon/TrHost/Effects/Expected/OneOf=one of @0#{@0: words}", {names});
         if (!inParameter.hasRange) {
             Refuse(inWhose, inParameter, inValue, expected);
         }
@@ -319,7 +330,9 @@ std::string ToOptionValue(const std::string& inWhose, const EffectParameter& inP
     }
     case ParameterKind::kColor:
         if (!IsColor(inValue)) {
-            Refuse(inWhose, inParameter, inValue, "\"#rrggbb\" or \"#rrggbbaa\"");
+            Refuse(inWhose, inParameter, inValue,
+                   KeptText("$$$/Halcyon/TrHost/Effects/Expected/Either=@0 or @1#{@0: true, @1: false}",
+                            {"\"#rrggbb\"", "\"#rrggbbaa\""}));
         }
         return inValue;
     case ParameterKind::kText:

@@ -2,6 +2,7 @@
 
 #include "FilterKnowledge.h"
 #include "FrameTransfer.h"
+#include "support/KeptText.h"
 
 #include <VF/VideoFrames.h>
 #include <kiocore/config/Errors.h>
@@ -36,14 +37,18 @@ void VideoEffectBase::SetParameter(const std::string& inName, const std::string&
         std::find_if(mParameters.begin(), mParameters.end(),
                      [&](const EffectParameter& inParameter) { return inParameter.name == inName; });
     if (parameter == mParameters.end()) {
-        throw kio_exception(mSource.matchName + ": has no parameter \"" + inName + "\"",
-                            kEffectError_BadParameter);
+        throw kio_exception(
+            KeptText(
+                "$$$/Halcyon/TrHost/Effects/HasNoParameter=@0: has no parameter \"@1\"#{@0: a match name}",
+                {mSource.matchName, inName}),
+            kEffectError_BadParameter);
     }
     std::string value = ToOptionValue(mSource.matchName, *parameter, inValue);
     std::string problem;
     if (Call([&] { return FilterGraph::TrySetting(*mSource.filter, inName, value); }, problem) < 0) {
-        throw kio_exception(mSource.matchName + ": parameter " + inName + " does not take \"" + inValue +
-                                "\": " + problem,
+        throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/ParameterTakesNot=@0: parameter @1 does not "
+                                     "take \"@2\": @3#{@0: a match name, @3: a reason}",
+                                     {mSource.matchName, inName, inValue, problem}),
                             kEffectError_BadParameter);
     }
     std::erase_if(mSettings, [&](const auto& inSetting) { return inSetting.first == inName; });
@@ -58,21 +63,25 @@ void VideoEffectBase::CheckInputs(const std::vector<MF::IVideoFrameRef>& inInput
     };
     const std::string expected = size(mForm.width, mForm.height, mForm.format);
     if (int(inInputs.size()) != mSource.inputs) {
-        throw kio_exception(mSource.matchName + ": was given " + std::to_string(inInputs.size()) +
-                                " pictures, expected " + std::to_string(mSource.inputs),
-                            kEffectError_BadFrame);
+        throw kio_exception(
+            KeptText("$$$/Halcyon/TrHost/Effects/GivenCount=@0: was given @1 pictures, expected @2#{@0: a "
+                     "match name}",
+                     {mSource.matchName, std::to_string(inInputs.size()), std::to_string(mSource.inputs)}),
+            kEffectError_BadFrame);
     }
     for (const MF::IVideoFrameRef& frame : inInputs) {
         const kiocore::InterfaceRef<VF::IVideoFrameMemoryAccess> memory(frame);
         if (!memory || !memory->GetPixels()) {
-            throw kio_exception(mSource.matchName + ": was given a picture without memory, expected " +
-                                    expected,
+            throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/GivenNoMemory=@0: was given a picture "
+                                         "without memory, expected @1#{@0: a match name, @1: 640x480 bgra8}",
+                                         {mSource.matchName, expected}),
                                 kEffectError_BadFrame);
         }
         const std::string found = size(frame->GetWidth(), frame->GetHeight(), frame->GetPixelFormat());
         if (found != expected) {
-            throw kio_exception(mSource.matchName + ": was given a picture of " + found + ", expected " +
-                                    expected,
+            throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/GivenPicture=@0: was given a picture of "
+                                         "@1, expected @2#{@0: a match name, @1 and @2: 640x480 bgra8}",
+                                         {mSource.matchName, found, expected}),
                                 kEffectError_BadFrame);
         }
     }
@@ -80,7 +89,10 @@ void VideoEffectBase::CheckInputs(const std::vector<MF::IVideoFrameRef>& inInput
 
 void VideoEffectBase::FailPlugin(const std::string& inProblem) const
 {
-    throw kio_exception(mSource.matchName + ": " + inProblem, kEffectError_PluginFailed);
+    throw kio_exception(KeptText("$$$/Halcyon/TrHost/Effects/NamedReason=@0: @1#{@0: a match name, @1: a "
+                                 "reason, such as: opens files}",
+                                 {mSource.matchName, inProblem}),
+                        kEffectError_PluginFailed);
 }
 
 int VideoEffectBase::Call(const std::function<int()>& inFunction, std::string& outProblem) const
@@ -131,15 +143,16 @@ std::unique_ptr<FilterGraph> VideoEffectBase::MakeGraph(const Settings& inSettin
         }
         problem = reason; // of the last, which converts: the others may have failed by the format alone
     }
-    FailPlugin("could not be set up: " + problem);
+    FailPlugin(KeptText("$$$/Halcyon/TrHost/Effects/CouldNotBeSetUp=could not be set up: @0", {problem}));
 }
 
 MF::IVideoFrameRef VideoEffectBase::ToOurs(const AVFrame& inPicture, const MF::IVideoFrameRef& inLike) const
 {
     MF::IVideoFrameRef frame = FromAVFrame(inPicture, CarrierInUse(), mForm.format, inLike);
     if (!frame) {
-        FailPlugin("gave a picture of " + std::to_string(inPicture.width) + "x" +
-                   std::to_string(inPicture.height) + ", which no frame can hold");
+        FailPlugin(KeptText("$$$/Halcyon/TrHost/Effects/GavePicture=gave a picture of @0, which no frame can "
+                            "hold#{@0: 640x480}",
+                            {std::to_string(inPicture.width) + "x" + std::to_string(inPicture.height)}));
     }
     return frame;
 }

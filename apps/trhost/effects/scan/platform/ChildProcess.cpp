@@ -1,5 +1,7 @@
 #include "ChildProcess.h"
 
+#include "support/KeptText.h"
+
 #include <kiocore/config/Errors.h>
 
 #include <algorithm>
@@ -25,8 +27,10 @@ constexpr std::size_t kLongestLine = 64u << 20;
 
 [[noreturn]] void ThrowNoChild(const std::string& inProgram, int inError)
 {
-    throw kiocore::kio_exception("cannot start " + inProgram + ": " + std::strerror(inError),
-                                 kiocore::kError_File);
+    throw kiocore::kio_exception(
+        KeptText("$$$/Halcyon/TrHost/Effects/CannotStart=cannot start @0: @1#{@0: a program}",
+                 {inProgram, kiocore::utility::ToUTF8(kiocore::SystemErrorText(inError))}),
+        kiocore::kError_File);
 }
 
 void Close(int& ioFile)

@@ -1,5 +1,6 @@
 #include "NativeFile.h"
 
+#include "../../../support/KeptText.h"
 #include "../../MediaModule.h"
 
 #include <kiocore/config/Errors.h>
@@ -65,12 +66,16 @@ InputFile::InputFile(const std::string& inNativePath)
     }
     if (!S_ISREG(status.st_mode) || status.st_size == 0) {
         close(mDescriptor);
-        throw kiocore::kio_exception(ShownPath(inNativePath) +
-                                         (S_ISDIR(status.st_mode) ? ": is a folder; expected a media file"
-                                          : S_ISREG(status.st_mode)
-                                              ? ": is empty; expected a media file"
-                                              : ": is not a regular file; expected a media file"),
-                                     kMediaError_NotMedia);
+        throw kiocore::kio_exception(
+            KeptText(
+                S_ISDIR(status.st_mode)
+                    ? "$$$/Halcyon/TrHost/Media/IsFolder=@0: is a folder; expected a media file#{@0: a file}"
+                : S_ISREG(status.st_mode)
+                    ? "$$$/Halcyon/TrHost/Media/IsEmpty=@0: is empty; expected a media file#{@0: a file}"
+                    : "$$$/Halcyon/TrHost/Media/IsNotRegular=@0: is not a regular file; expected a media "
+                      "file#{@0: a file}",
+                {ShownPath(inNativePath)}),
+            kMediaError_NotMedia);
     }
     mSize = status.st_size;
     posix_fadvise(mDescriptor, 0, 0, POSIX_FADV_SEQUENTIAL);

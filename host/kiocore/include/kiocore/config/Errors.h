@@ -73,9 +73,16 @@ private:
     const char* mFailedCondition = "";
 };
 
+/// The system's reason for an error number: "No such file or directory", in the language of the Localizer
+/// where people are likely to meet it.
+KIO_EXPORT utility::UTF16String SystemErrorText(int inErrno);
+
 /// A file operation failed. The text names the operation, the path and the system's reason.
 class KIO_EXPORT file_exception : public kio_exception {
 public:
+    /// @param inOperation  "open", "find out the size of": goes on behind "Cannot". Those that people meet
+    /// are
+    ///     known with their sentence in other languages (FileErrors.cpp).
     /// @param inErrno  the system's error number.
     file_exception(const char* inOperation, std::string_view inPathUTF8, int inErrno);
     ~file_exception() override;

@@ -35,6 +35,12 @@ public:
     ///     kError_BadArgument when the language is no language code, file_exception when a catalogue that
     ///     is there cannot be read. The language stays as it was.
     static int SetLanguage(std::string_view inLanguage, std::string_view inFolderUTF8);
+    /// Adds the catalogue of another folder in the language that was set, until it is set again: a library
+    /// brings texts of its own (TRFoundation those in share/TRFoundation/locale, host libraries' included).
+    /// While the defaults are shown there is nothing to add, so that no two languages mix.
+    /// @return 0 added or nothing to add; -1 no catalogue for the language in this folder.
+    /// @throws as SetLanguage; the texts stay as they were.
+    static int AddTexts(std::string_view inFolderUTF8);
     /// The language of the texts: the name of the catalogue in use, "en" when there is none.
     static std::string GetLanguage();
 };

@@ -30,3 +30,11 @@ public:
 };
 
 } // namespace kiocore::platform
+
+namespace kiocore::utility {
+
+/// The same for callers that a link was clicked at: what cannot be opened is noted on trace channel "Errors"
+/// at level 1, with the address.
+KIO_EXPORT void OpenURLInDefaultBrowser(UTF16View inURL);
+
+} // namespace kiocore::utility

@@ -5,6 +5,7 @@
 
 #include <effects/EffectEngine.h>
 #include <kiocore/config/Errors.h>
+#include <support/KeptText.h>
 
 #include <memory>
 #include <string>
@@ -55,7 +56,7 @@ std::uint32_t FailureOf(Function&& inFunction, std::string& outText)
         outText.clear();
         return 0;
     } catch (const kiocore::kio_exception& failure) {
-        outText = failure.what();
+        outText = trhost::ToldText(failure.what());
         return failure.Code();
     }
 }

@@ -86,7 +86,7 @@ TEST(AvfilterDescribe, WhatMustNotRunIsListedAndRefused)
         SCOPED_TRACE(test.filter);
         EXPECT_THAT(names, Contains(test.filter));
         const EffectDescription description = Engine().Describe("", test.filter);
-        EXPECT_THAT(description.refusal, HasSubstr(test.reason));
+        EXPECT_THAT(trhost::ToldText(description.refusal), HasSubstr(test.reason));
         EXPECT_EQ(description.isAccelerated, test.isAccelerated);
         std::string text;
         EXPECT_EQ(FailureOf(
@@ -97,7 +97,7 @@ TEST(AvfilterDescribe, WhatMustNotRunIsListedAndRefused)
                       },
                       text),
                   kEffectError_Refused);
-        EXPECT_THAT(text, HasSubstr(description.matchName + ": " + description.refusal));
+        EXPECT_THAT(text, HasSubstr(description.matchName + ": " + trhost::ToldText(description.refusal)));
     }
 }
 

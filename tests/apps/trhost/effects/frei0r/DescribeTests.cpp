@@ -92,7 +92,7 @@ TEST(Frei0rDescribe, ListsWhatCannotBeRunWithItsReason)
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.stem);
         const EffectDescription told = Engine().Describe(PluginFile(test.stem), test.stem);
-        EXPECT_EQ(told.refusal, test.refusal);
+        EXPECT_EQ(trhost::ToldText(told.refusal), test.refusal);
         EXPECT_EQ(told.matchName, std::string("frei0r.") + test.stem);
         EXPECT_EQ(told.kind, test.kind);
         std::string text;

@@ -77,7 +77,7 @@ TEST_F(Frei0rRealPlugins, EachFileIsDescribed)
         ASSERT_NO_THROW(told = Engine().Describe(file, names[0]));
         ++kinds[told.kind];
         if (!told.refusal.empty()) {
-            refusals[told.matchName] = told.refusal;
+            refusals[told.matchName] = trhost::ToldText(told.refusal);
         }
         EXPECT_EQ(ToJSONText(FromJSONText(ToJSONText(told))), ToJSONText(told));
         std::set<std::string> parameters;

@@ -97,7 +97,7 @@ TEST(LadspaDescribe, ListsWhatCannotBeRunWithItsReason)
         SCOPED_TRACE(test.plugin);
         const EffectDescription told = Engine().Describe(test.file, test.plugin);
         EXPECT_EQ(told.matchName, test.matchName);
-        EXPECT_EQ(told.refusal, test.refusal);
+        EXPECT_EQ(trhost::ToldText(told.refusal), test.refusal);
         std::string text;
         EXPECT_EQ(FailureOf([&] { Engine().OpenFilter(told); }, text), kEffectError_Refused);
         EXPECT_THAT(text, HasSubstr(test.refusal));

@@ -3,6 +3,7 @@
 #include <kiocore/config/Errors.h>
 #include <kiocore/filesupport/NativePath.h>
 #include <kiocore/serialization/JSONConvert.h>
+#include <support/KeptText.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -211,7 +212,7 @@ TEST_F(Pool, WhatNoRequestCanSucceedWithoutIsAnErrorAndNoPluginsFault)
             pool.Run({});
             ADD_FAILURE() << "ran";
         } catch (const kiocore::kio_exception& problem) {
-            EXPECT_THAT(problem.what(), testing::ContainsRegex(test.text));
+            EXPECT_THAT(trhost::ToldText(problem.what()), testing::ContainsRegex(test.text));
             EXPECT_EQ(problem.Code(), kiocore::kError_File);
         }
         EXPECT_FALSE(specimens::HasChildren());

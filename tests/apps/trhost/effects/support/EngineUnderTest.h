@@ -2,6 +2,7 @@
 
 #include <effects/EffectEngine.h>
 #include <effects/PluginCalls.h>
+#include <support/KeptText.h>
 
 #include <kiocore/config/Errors.h>
 
@@ -42,7 +43,7 @@ std::uint32_t FailureOf(Function&& inFunction, std::string& outText)
         outText.clear();
         return 0;
     } catch (const kiocore::kio_exception& failure) {
-        outText = failure.what();
+        outText = trhost::ToldText(failure.what());
         return failure.Code();
     }
 }
