@@ -15,6 +15,12 @@ using kioui::controls::UI_MultiColumnTree;
 using kioui::controls::UI_MultiColumnTreeRow;
 using kioui::ui::NodeCast;
 
+namespace {
+
+constexpr float kSearchWidth = 160; // enough to read what is typed
+
+} // namespace
+
 EffectPluginManagerDialog::EffectPluginManagerDialog(const kioui::SupplierInterface* inSupplier,
                                                      const UTF16String& inTitle, kioui::UI_Node* inParent)
     : EffectPluginManagerBaseDialog(inSupplier, inTitle, inParent)
@@ -41,10 +47,25 @@ void EffectPluginManagerDialog::InitializeWithSettings(AllEffectSettings inSetti
     PopulatePluginInfos(true);
     SetMinimumSize({400, 300});
     SetTextEditReturnClosesDialog(false);
+    SetSize(SizeToStartWith());
     Position();
     if (CountRows() > 0) {
         mTree->SelectRow(mTree->GetRowAt(0), true, false, true);
     }
+}
+
+/// All columns as far as a window of usual size goes, and a list worth scrolling in.
+kioui::SizeT<float> EffectPluginManagerDialog::SizeToStartWith() const
+{
+    constexpr float kUsualWidth = 960;
+    constexpr float kUsualHeight = 600;
+    constexpr float kBesideColumns = 60; // margins, scroll bar and frame
+    float columns = 0;
+    for (std::uint32_t position = 0; position < mHeader->GetCountOfColumns(); ++position) {
+        columns += mHeader->GetColumnWidth(mHeader->GetColumnAt(position));
+    }
+    const float tools = mContentLayout->GetMinimumSize().width + kSearchWidth + kBesideColumns;
+    return {std::max(tools, std::min(columns + kBesideColumns, kUsualWidth)), kUsualHeight};
 }
 
 void EffectPluginManagerDialog::HideFirstPartyEffects()

@@ -90,6 +90,7 @@ private:
     void SetupControls();
     void SetupTree();
     void LayoutControls();
+    kioui::SizeT<float> SizeToStartWith() const;
     void AddCellCheckbox(Row* inRow, std::uint32_t inColumnID, bool inChecked,
                          std::function<void(Message*)> inChanged);
     void AddSupportURL(Row* inRow, const EffectSettings& inSettings);

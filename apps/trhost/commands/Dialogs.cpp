@@ -54,11 +54,27 @@ void FinishAttending(Context& ioContext, ui::IUserInterface& inUserInterface)
     try {
         dump = inUserInterface.FinishAttending();
     } catch (const kiocore::kio_exception& error) {
-        throw Failure(error.Code() == kiocore::kError_BadArgument ? kExit_Usage : kExit_Negative,
-                      error.Text());
+        if (error.Code() == kiocore::kError_Generic) {
+            throw Failure(kExit_Negative, error.Text());
+        }
+        throw;
     }
     if (!dump.empty()) {
-        ioContext.output.Line(kiocore::utility::ToUTF16(dump));
+        ioContext.output.Document(dump);
+    }
+}
+
+/// A script that is wrong is a wrong argument.
+std::unique_ptr<ui::IUserInterface> OpenUserInterfaceForCommand(const Context& inContext,
+                                                                const DialogOptions& inOptions)
+{
+    try {
+        return OpenUserInterface(inContext, inOptions);
+    } catch (const kiocore::kio_exception& error) {
+        if (error.Code() == kiocore::kError_BadArgument) {
+            throw Failure(kExit_Usage, error.Text());
+        }
+        throw;
     }
 }
 
@@ -67,7 +83,7 @@ int ShowDialog(Context& ioContext, const ShowDialogOptions& inOptions)
     if (inOptions.name == "effects-manage") {
         return EffectsManage(ioContext, inOptions.search, inOptions.dialog);
     }
-    const auto userInterface = OpenUserInterface(ioContext, inOptions.dialog);
+    const auto userInterface = OpenUserInterfaceForCommand(ioContext, inOptions.dialog);
     if (inOptions.name == "restart-prompt") {
         userInterface->AskForRestart(inOptions.changedInAnotherApp);
     } else if (inOptions.name == "progress") {

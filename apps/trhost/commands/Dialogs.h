@@ -17,6 +17,9 @@ struct ShowDialogOptions {
 };
 int ShowDialog(Context& ioContext, const ShowDialogOptions& inOptions);
 
+/// OpenUserInterface, where a script that is wrong is wrong usage.
+std::unique_ptr<ui::IUserInterface> OpenUserInterfaceForCommand(const Context& inContext,
+                                                                const DialogOptions& inOptions);
 /// Prints what attending to the dialogs came to.
 /// @throws Failure (kExit_Usage) for a script that is wrong, kExit_Negative for an expectation that was not
 /// met.

@@ -3,7 +3,6 @@
 #include <kiocore/serialization/JSON.h>
 
 #include <charconv>
-#include <cmath>
 
 namespace kioui::testing {
 namespace {
@@ -86,6 +85,12 @@ void NodeWriter::BeginArray(std::string_view inName)
 void NodeWriter::EndArray()
 {
     End(']');
+}
+
+void NodeWriter::Element(kiocore::utility::UTF16View inText)
+{
+    BeginElement();
+    mText += Quoted(kiocore::serialization::TextFromUTF16(inText));
 }
 
 void NodeWriter::Member(std::string_view inName, kiocore::utility::UTF16View inText)

@@ -16,6 +16,8 @@ public:
     /// In an object, under a name.
     void BeginArray(std::string_view inName);
     void EndArray();
+    /// In an array.
+    void Element(kiocore::utility::UTF16View inText);
 
     void Member(std::string_view inName, kiocore::utility::UTF16View inText);
     void Member(std::string_view inName, std::string_view inTextUTF8);

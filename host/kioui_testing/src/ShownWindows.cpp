@@ -1,20 +1,26 @@
 #include <kioui_testing/NodeTree.h>
 
-#include "ui/ApplicationState.h"
 #include "ui/NodeImpl.h"
 
 #include <QApplication>
 
 #include <algorithm>
+#include <tuple>
 
 namespace kioui::testing {
 namespace {
 
-/// What a window system keeps in front: what blocks other windows, then what is active.
-int PlaceFromTheFront(const ui::UI_OSWindow* inWindow)
+/// What a window system keeps in front: what blocks other windows, then what belongs to another window, and
+/// what is active.
+auto PlaceFromTheFront(const ui::UI_OSWindow* inWindow)
 {
     const QWidget* const widget = inWindow->GetImpl().widget;
-    return widget == QApplication::activeModalWidget() ? 0 : widget->isActiveWindow() ? 1 : 2;
+    int windowsBehind = 0;
+    for (const QWidget* behind = widget->parentWidget(); behind != nullptr; behind = behind->parentWidget()) {
+        windowsBehind += behind->isWindow() ? 1 : 0;
+    }
+    return std::tuple(widget != QApplication::activeModalWidget(), !widget->isModal(), -windowsBehind,
+                      !widget->isActiveWindow());
 }
 
 } // namespace
@@ -22,13 +28,13 @@ int PlaceFromTheFront(const ui::UI_OSWindow* inWindow)
 std::vector<ui::UI_OSWindow*> ShownWindows()
 {
     std::vector<ui::UI_OSWindow*> shown;
-    for (ui::UI_OSWindow* window : ui::TheApplicationState().windows) {
-        if (window->IsVisible()) {
+    for (const QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* window = dynamic_cast<ui::UI_OSWindow*>(ui::NodeOf(widget));
+        if (window != nullptr && window->IsVisible()) {
             shown.push_back(window);
         }
     }
-    std::reverse(shown.begin(), shown.end()); // the later it was made, the more it is in front
-    std::stable_sort(shown.begin(), shown.end(), [](const ui::UI_OSWindow* inA, const ui::UI_OSWindow* inB) {
+    std::sort(shown.begin(), shown.end(), [](const ui::UI_OSWindow* inA, const ui::UI_OSWindow* inB) {
         return PlaceFromTheFront(inA) < PlaceFromTheFront(inB);
     });
     return shown;

@@ -9,7 +9,6 @@
 #include <kiocore/utility/UTF16String.h>
 
 #include <QApplication>
-#include <QHeaderView>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
@@ -102,9 +101,11 @@ void RunAfterRounds(int inRounds, std::function<void()> inFunction)
 
 } // namespace
 
-void RunWhenIdle(std::function<void()> inFunction)
+void RunWhenIdle(std::function<void()> inFunction, int inDelayMs)
 {
-    RunAfterRounds(kRoundsToSettle, std::move(inFunction));
+    QTimer::singleShot(inDelayMs, qApp, [function = std::move(inFunction)]() mutable {
+        RunAfterRounds(kRoundsToSettle, std::move(function));
+    });
 }
 
 PointT<float> MiddleOf(const ui::UI_Node& inNode)
@@ -187,6 +188,12 @@ void TypeText(ui::UI_OSWindow& inWindow, kiocore::utility::UTF16View inText)
             return;
         }
     }
+}
+
+void CloseWindow(ui::UI_OSWindow& inWindow)
+{
+    const ScAction action;
+    NativeWindow(inWindow).close();
 }
 
 bool IsKeyName(std::string_view inKey)

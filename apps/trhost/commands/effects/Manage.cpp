@@ -181,7 +181,7 @@ int EffectsManage(Context& ioContext, const EffectSearch& inSearch, const Dialog
     const bool isUsed =
         inOptions.attendance == ui::Attendance::kPerson || inOptions.attendance == ui::Attendance::kScript;
     const auto userInterface =
-        OpenUserInterface(ioContext, inOptions); // first: without a display all else is idle
+        OpenUserInterfaceForCommand(ioContext, inOptions); // first: without a display all else is idle
     const Disabled before = ReadDisabledEffects();
     const EffectHost host(ioContext, inSearch);
     const ManagedEffects effects(host, ReadEffectCrashes(ioContext.folders), before);

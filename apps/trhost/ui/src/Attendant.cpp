@@ -1,47 +1,94 @@
 #include "Attendant.h"
 
-#include "../../support/KeptText.h"
 #include "InterruptWatch.h"
 
-#include <kiocore/config/Errors.h>
-#include <kiocore/threads/MainThread.h>
-#include <kioui/ui/Application.h>
-#include <kioui_testing/NodeTree.h>
+#include "../../support/LocalText.h"
+#include "../script/UiScriptRun.h"
 
+#include <kiocore/config/Errors.h>
+#include <kiocore/filesupport/AtomicFile.h>
+#include <kioui_testing/NodeTree.h>
+#include <kioui_testing/UserEvents.h>
+
+#include <cerrno>
 #include <exception>
+#include <fstream>
+#include <optional>
+#include <sstream>
 #include <utility>
 
 namespace trhost::ui {
 
-struct Attendant::State {
-    UserInterfaceSettings settings;
-    std::string dump;
-    std::exception_ptr problem;
-    bool isDone = false;
-};
-
 namespace {
 
-using namespace kioui::testing;
+using kiocore::kio_exception;
+namespace user = kioui::testing;
 
-/// What is looked at once: the dialog in front.
-kioui::UI_OSWindow& FrontWindow()
+std::string ReadText(const std::string& inFile)
 {
-    kioui::ui::ScApplication::RunPending(); // what was posted to it before, and its first layout
-    const auto windows = ShownWindows();
-    if (windows.empty()) {
-        throw kiocore::kio_exception(KeptText("$$$/Halcyon/TrHost/NoDialog=there is no dialog to look at"),
-                                     kiocore::kError_Generic);
+    std::ifstream file(inFile, std::ios::binary);
+    std::ostringstream text;
+    if (!(file && (text << file.rdbuf()))) {
+        throw kiocore::file_exception("open", inFile, errno);
     }
-    return *windows.front();
+    return text.str();
+}
+
+std::string AtLine(int inLine, const std::string& inText)
+{
+    return LocalText("$$$/Halcyon/TrHost/UiScript/AtLine=line @0: @1#{@0: number, @1: what is wrong there}",
+                     {std::to_string(inLine), inText});
+}
+
+/// @throws kio_exception (kError_BadArgument) with all that is wrong in it.
+UiScript ReadScript(const std::string& inFile)
+{
+    UiScript script = ParseUiScript(ReadText(inFile));
+    std::string problems;
+    for (const UiScriptError& error : script.errors) {
+        problems += (problems.empty() ? "" : "; ") + AtLine(error.line, error.text);
+    }
+    if (!problems.empty()) {
+        throw kio_exception(inFile + ": " + problems, kiocore::kError_BadArgument);
+    }
+    return script;
 }
 
 } // namespace
 
-Attendant::Attendant(const UserInterfaceSettings& inSettings) : mState(std::make_shared<State>())
-{
-    mState->settings = inSettings;
-}
+struct Attendant::State {
+    explicit State(const UserInterfaceSettings& inSettings) : settings(inSettings)
+    {
+        if (settings.attendance == Attendance::kScript) {
+            script.emplace(ReadScript(settings.file),
+                           [this](const std::string& inText) { dump += dump.empty() ? inText : '\n' + inText; });
+        }
+    }
+
+    /// Describes the dialog in front, or takes its picture.
+    void Look()
+    {
+        try {
+            kioui::UI_OSWindow& window = *user::ShownWindows().at(0);
+            if (settings.attendance == Attendance::kDump) {
+                dump = user::DescribeNodes(window);
+            } else {
+                user::SaveScreenshot(window, settings.file);
+            }
+        } catch (...) {
+            problem = std::current_exception();
+        }
+        CancelAllDialogs();
+    }
+
+    const UserInterfaceSettings settings;
+    std::string dump;
+    std::optional<UiScriptRun> script;
+    bool hasBegun = false;
+    std::exception_ptr problem;
+};
+
+Attendant::Attendant(const UserInterfaceSettings& inSettings) : mState(std::make_shared<State>(inSettings)) {}
 
 Attendant::~Attendant() = default;
 
@@ -50,27 +97,26 @@ void Attendant::ExpectDialog()
     if (mState->settings.attendance == Attendance::kPerson) {
         return;
     }
-    const auto mainThread = kiocore::threads::GetRegisteredMainThread();
-    mainThread->Post([state = mState] {
-        try {
-            if (!std::exchange(state->isDone, true)) {
-                if (state->settings.attendance == Attendance::kDump) {
-                    state->dump = DescribeNodes(FrontWindow());
-                } else {
-                    SaveScreenshot(FrontWindow(), state->settings.file);
-                }
-            }
-        } catch (...) {
-            state->problem = std::current_exception();
-        }
-        CancelAllDialogs();
-    });
+    const bool isFirst = !std::exchange(mState->hasBegun, true);
+    if (!mState->script) {
+        // One that follows is not what was asked for, and nobody is there to answer it.
+        user::RunWhenIdle(isFirst ? std::function<void()>([state = mState] { state->Look(); }) : &CancelAllDialogs);
+    } else if (isFirst) {
+        mState->script->Start();
+    }
 }
 
 std::string Attendant::Finish()
 {
     if (mState->problem) {
         std::rethrow_exception(mState->problem);
+    }
+    if (mState->script) {
+        const UiScriptResult result = mState->script->Finish();
+        if (result.status != 0) {
+            throw kio_exception(mState->settings.file + ": " + AtLine(result.line, result.text),
+                                result.status == 1 ? kiocore::kError_Generic : kiocore::kError_File);
+        }
     }
     return mState->dump;
 }

@@ -25,7 +25,7 @@ using layout::SmartLayoutBuilder;
 using layout::SmartLayoutPtr;
 using ui::UI_TextButtonPtr;
 
-constexpr float kMinimumTextWidth = 240;
+constexpr float kMinimumTextWidth = 320;
 
 std::vector<UTF16String> TextsOf(UI_MessageBox::Button inButtons)
 {

@@ -1,5 +1,6 @@
 #include "CellDelegate.h"
 
+#include "HostCalls.h"
 #include "TreeState.h"
 #include "TreeView.h"
 #include "drawbot/PainterDrawbot.h"
@@ -35,8 +36,10 @@ void CellDelegate::paint(QPainter* inPainter, const QStyleOptionViewItem& inOpti
         return;
     }
     drawbot::PainterDrawbot drawbot(*inPainter);
-    mTree.drawCell(&drawbot, row, std::uint32_t(mTree.PositionOf(inIndex.column())),
-                   ui::FromQt(inOption.rect));
+    CallHost("The draw cell function of a tree", [&] {
+        mTree.drawCell(&drawbot, row, std::uint32_t(mTree.PositionOf(inIndex.column())),
+                       ui::FromQt(inOption.rect));
+    });
 }
 
 QSize CellDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const

@@ -74,6 +74,7 @@ bool CellMouse::Offer(const QMouseEvent& inEvent)
         mIsPressDealtWith = false;
         // Two presses in a row come as one and a double one; a cell can tell them apart, a box cannot.
         if (isLeft && event.type == ui::MouseEventType::kPress) {
+            ShowPressed(nullptr); // of a press whose release never came
             mPressed = cell;
             ShowPressed(cell);
         }

@@ -1,5 +1,6 @@
 #include "CellView.h"
 
+#include "HostCalls.h"
 #include "TreeState.h"
 #include "TreeView.h"
 #include "ui/NodeImpl.h"
@@ -71,15 +72,18 @@ void CellView::LetGo()
     ShowPressed(false);
     const ui::UI_NodePtr node = std::exchange(mNode, nullptr);
     ui::UI_Node::Impl& impl = node->GetImpl();
-    UI_MultiColumnTree* tree = static_cast<UI_MultiColumnTree*>(impl.parent);
+    UI_MultiColumnTree::State& tree = static_cast<UI_MultiColumnTree*>(impl.parent)->GetState();
     impl.parent = nullptr;
-    if (tree != nullptr) {
-        tree->GetState().cellOfNode.erase(node.get());
+    tree.cellOfNode.erase(node.get());
+    QWidget* widget = impl.widget;
+    if (widget == nullptr) {
+        return;
     }
-    if (QWidget* widget = impl.widget; widget != nullptr && node->use_count() > 1) {
-        if (tree != nullptr) {
-            widget->removeEventFilter(&tree->GetState().cellKeys);
-        }
+    widget->removeEventFilter(&tree.cellKeys);
+    if (widget->hasFocus() && tree.view) {
+        tree.view->setFocus(Qt::OtherFocusReason); // or nobody had it
+    }
+    if (node->use_count() > 1) { // somebody else wants it whole
         widget->setAttribute(Qt::WA_TransparentForMouseEvents, false);
         widget->hide();
         widget->setParent(nullptr);
@@ -109,7 +113,10 @@ bool CellView::Offer(ui::UI_MouseEvent& ioEvent)
         return false;
     }
     const auto function = mMouseEvent; // it may set another
-    return function(this, ioEvent) || ioEvent.handled;
+    bool isDealtWith = false;
+    CallHost("The mouse function of a cell",
+             [&] { isDealtWith = function(this, ioEvent) || ioEvent.handled; });
+    return isDealtWith;
 }
 
 void CellView::ShowPressed(bool inPressed)

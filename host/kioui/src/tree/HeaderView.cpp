@@ -10,6 +10,15 @@ namespace kioui::controls {
 
 HeaderView::HeaderView(QWidget* inParent) : QHeaderView(Qt::Horizontal, inParent)
 {
+    connect(this, &QHeaderView::sectionHandleDoubleClicked, this, [this](int column) {
+        if (mBestFit) {
+            mBestFit(column);
+        }
+    });
+}
+
+void HeaderView::TakeCharge()
+{
     setSectionsMovable(true);
     setFirstSectionMovable(true);
     setSectionsClickable(true);
@@ -19,11 +28,6 @@ HeaderView::HeaderView(QWidget* inParent) : QHeaderView(Qt::Horizontal, inParent
     setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     setSortIndicator(-1, Qt::AscendingOrder);
     setSortIndicatorShown(true);
-    connect(this, &QHeaderView::sectionHandleDoubleClicked, this, [this](int column) {
-        if (mBestFit) {
-            mBestFit(column);
-        }
-    });
 }
 
 int HeaderView::LastColumn() const

@@ -14,6 +14,8 @@ namespace kioui::controls {
 class HeaderView final : public QHeaderView {
 public:
     explicit HeaderView(QWidget* inParent);
+    /// Once it belongs to the tree, which has ideas of its own about headers.
+    void TakeCharge();
 
     /// Called when the divider right of a column was double-clicked.
     void SetBestFitFunction(std::function<void(int inColumn)> inFunction)

@@ -129,8 +129,14 @@ void UI_MultiColumnTreeHeaderRow::SetSortColumn(std::uint32_t inColumnID, bool i
 {
     KIO_HOST_CALL("kioui::controls::UI_MultiColumnTreeHeaderRow::SetSortColumn", inColumnID, inAscending);
     const int column = ColumnOf(inColumnID);
-    if (column >= 0 || (inColumnID == kNoColumn && Header() != nullptr)) {
-        Header()->setSortIndicator(column, inAscending ? Qt::AscendingOrder : Qt::DescendingOrder);
+    if (column < 0 && (inColumnID != kNoColumn || Header() == nullptr)) {
+        return;
+    }
+    const Qt::SortOrder order = inAscending ? Qt::AscendingOrder : Qt::DescendingOrder;
+    if (Header()->sortIndicatorSection() == column && Header()->sortIndicatorOrder() == order) {
+        mTree->SortTree(); // Qt says nothing, but texts may have changed
+    } else {
+        Header()->setSortIndicator(column, order);
     }
 }
 

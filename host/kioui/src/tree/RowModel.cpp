@@ -14,7 +14,7 @@ bool RowModel::Holds(const UI_MultiColumnTreeRow& inRow) const
     return RowAt(int(inRow.GetKept().index)) == &inRow;
 }
 
-void RowModel::Replace(UI_MultiColumnTree::Rows inRows)
+UI_MultiColumnTree::Rows RowModel::Replace(UI_MultiColumnTree::Rows inRows)
 {
     beginResetModel();
     mRows.swap(inRows);
@@ -23,6 +23,7 @@ void RowModel::Replace(UI_MultiColumnTree::Rows inRows)
         row->GetKept().index = index++;
     }
     endResetModel();
+    return inRows;
 }
 
 void RowModel::Append(const UI_MultiColumnTree::Rows& inRows)

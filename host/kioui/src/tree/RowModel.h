@@ -30,8 +30,8 @@ public:
     UI_MultiColumnTreeRow* RowAt(int inRow) const;
     /// Whether the row is one of these and knows its place.
     bool Holds(const UI_MultiColumnTreeRow& inRow) const;
-    /// In one reset.
-    void Replace(UI_MultiColumnTree::Rows inRows);
+    /// In one reset. @return the rows there were.
+    UI_MultiColumnTree::Rows Replace(UI_MultiColumnTree::Rows inRows);
     void Append(const UI_MultiColumnTree::Rows& inRows);
 
     const std::vector<Column>& Columns() const { return mColumns; }

@@ -1,17 +1,25 @@
 #include "RowSelection.h"
 
+#include "HostCalls.h"
 #include "TreeState.h"
 #include "TreeView.h"
 
 #include <QItemSelectionModel>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace kioui::controls {
 
 void RowSelection::Select(const UI_MultiColumnTreeRowPtr& inRow, bool inSelect, bool inExtend, bool inNotify)
 {
     TreeView* view = mTree.view;
-    if (view == nullptr || !inRow || inRow->GetTree() != &mTree.tree || !mTree.model.Holds(*inRow) ||
-        mTree.model.Columns().empty()) {
+    if (view == nullptr || !inRow || inRow->GetTree() != &mTree.tree || mTree.model.Columns().empty()) {
+        return;
+    }
+    if (!mTree.model.Holds(*inRow)) {
+        SelectWithNextLayout(*inRow, inSelect, inExtend, inNotify);
         return;
     }
     const QModelIndex index = mTree.model.index(int(inRow->GetKept().index), 0);
@@ -32,15 +40,39 @@ void RowSelection::Select(const UI_MultiColumnTreeRowPtr& inRow, bool inSelect, 
     }
 }
 
+void RowSelection::SelectWithNextLayout(UI_MultiColumnTreeRow& inRow, bool inSelect, bool inExtend,
+                                        bool inNotify)
+{
+    const auto mark = [this, inNotify](UI_MultiColumnTreeRow& row, bool isSelected) {
+        UI_MultiColumnTreeRow::Kept& kept = row.GetKept();
+        if (std::exchange(kept.isSelected, isSelected) != isSelected) {
+            mChanged.emplace_back(&row);
+        }
+        kept.isToldSelected = inNotify ? kept.isToldSelected : isSelected;
+    };
+    if (!inExtend) {
+        for (const UI_MultiColumnTree::Rows* rows : {&mTree.model.Rows(), &std::as_const(mTree.appended)}) {
+            for (const UI_MultiColumnTreeRowPtr& row : *rows) {
+                mark(*row, false);
+            }
+        }
+    }
+    mark(inRow, inSelect);
+    mTree.isSelectionToBeShown = true;
+}
+
 UI_MultiColumnTree::Rows RowSelection::Selected() const
 {
     UI_MultiColumnTree::Rows selected;
-    if (mTree.view != nullptr && mTree.view->selectionModel()->hasSelection()) {
-        for (const UI_MultiColumnTreeRowPtr& row : mTree.model.Rows()) {
-            if (row->IsSelected()) {
-                selected.push_back(row);
-            }
+    const auto collect = [&selected](const UI_MultiColumnTree::Rows& rows) {
+        std::copy_if(rows.begin(), rows.end(), std::back_inserter(selected),
+                     [](const UI_MultiColumnTreeRowPtr& row) { return row->IsSelected(); });
+    };
+    if (mTree.view != nullptr) {
+        if (mTree.isSelectionToBeShown || mTree.view->selectionModel()->hasSelection()) {
+            collect(mTree.model.Rows());
         }
+        collect(mTree.appended);
     }
     return selected;
 }
@@ -49,7 +81,10 @@ void RowSelection::Mark(int inFirst, int inLast, bool inIsSelected)
 {
     for (int place = inFirst; place <= inLast; ++place) {
         UI_MultiColumnTreeRow* row = mTree.model.RowAt(place);
-        if (row != nullptr && std::exchange(row->GetKept().isSelected, inIsSelected) != inIsSelected) {
+        if (row == nullptr || (inIsSelected && !row->GetKept().isSelectable)) {
+            continue; // Qt takes what a person cannot select into its ranges, and leaves it out when asked
+        }
+        if (std::exchange(row->GetKept().isSelected, inIsSelected) != inIsSelected) {
             mChanged.emplace_back(row);
         }
     }
@@ -81,7 +116,7 @@ void RowSelection::Tell()
     }
     if (!rows.empty() && changed) {
         const auto function = changed; // it may set another
-        function(rows);
+        CallHost("The selection function of a tree", [&] { function(rows); });
     }
 }
 

@@ -31,6 +31,8 @@ public:
     std::function<void(const UI_MultiColumnTree::Rows&)> changed;
 
 private:
+    /// For rows that Qt does not know of yet.
+    void SelectWithNextLayout(UI_MultiColumnTreeRow& inRow, bool inSelect, bool inExtend, bool inNotify);
     void Mark(int inFirst, int inLast, bool inIsSelected);
 
     UI_MultiColumnTree::State& mTree;

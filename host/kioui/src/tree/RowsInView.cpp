@@ -1,6 +1,7 @@
 #include "RowsInView.h"
 
 #include "CellView.h"
+#include "HostCalls.h"
 #include "TreeState.h"
 #include "TreeView.h"
 
@@ -59,7 +60,7 @@ void RowsInView::Update()
     const auto function = visibilityChanged;
     for (const UI_MultiColumnTreeRowPtr& row : fresh) {
         if (function && row->GetTree() == &mTree.tree && row->GetKept().isInView) {
-            function(row.get());
+            CallHost("The row visibility function of a tree", [&] { function(row.get()); });
         }
     }
     for (const UI_MultiColumnTreeRowPtr& row : now) {
@@ -82,11 +83,12 @@ void RowsInView::OrderTabs() const
     if (last == nullptr) {
         return;
     }
+    const std::vector<int> columns = mTree.ColumnsFromTheLeft();
     for (const UI_MultiColumnTreeRowPtr& row : mRows) {
         if (!row->GetKept().cells) {
             continue;
         }
-        for (const int column : mTree.ColumnsFromTheLeft()) {
+        for (const int column : columns) {
             const CellViewPtr cell = CellOf(*row, column);
             QWidget* widget = cell ? cell->Widget() : nullptr;
             if (widget != nullptr && widget->parentWidget() == mTree.view->viewport()) {

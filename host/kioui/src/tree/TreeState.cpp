@@ -1,5 +1,6 @@
 #include "TreeState.h"
 
+#include "HostCalls.h"
 #include "SortOrder.h"
 #include "TreeView.h"
 #include "ui/NodeImpl.h"
@@ -50,8 +51,9 @@ UI_MultiColumnTree::State::State(UI_MultiColumnTree& inTree, TreeView& inView)
 {
     auto* header = new HeaderView(&inView);
     inView.setHeader(header);
-    // Its own best fit asks Qt for texts that Qt does not draw.
+    // Qt's own best fit asks for texts that Qt does not draw.
     QObject::disconnect(header, SIGNAL(sectionHandleDoubleClicked(int)), &inView, nullptr);
+    header->TakeCharge();
     inView.setModel(&model);
     inView.setItemDelegate(&delegate);
     inView.SetTree(this);
@@ -129,15 +131,16 @@ int UI_MultiColumnTree::State::PositionOf(int inColumn) const
 
 void UI_MultiColumnTree::State::Append(const UI_MultiColumnTreeRowPtr& inRow, bool inLayOut)
 {
-    inRow->GetKept().tree = &tree;
+    UI_MultiColumnTreeRow::Kept& kept = inRow->GetKept();
+    if (!model.Holds(*inRow)) { // nor does what it was elsewhere matter
+        RowSelection::Forget(*inRow);
+    }
+    kept.tree = &tree;
     appended.push_back(inRow);
-    const HeaderView* header = Header();
-    if (header != nullptr && header->sortIndicatorSection() >= 0) {
-        LayOutSoon(); // one by one, each would sort all
-    } else if (inLayOut) {
+    if (inLayOut && !IsSorted()) {
         LayOut();
     } else {
-        LayOutSoon();
+        LayOutSoon(); // one by one, each would sort all
     }
 }
 
@@ -159,20 +162,31 @@ void UI_MultiColumnTree::State::RemoveAll()
     LayOut();
 }
 
+bool UI_MultiColumnTree::State::IsSorted() const
+{
+    return sortText && Header() != nullptr && Header()->sortIndicatorSection() >= 0;
+}
+
 UI_MultiColumnTree::Rows UI_MultiColumnTree::State::RowsToBe()
 {
     Rows rows = isCleared ? Rows() : model.Rows();
     rows.insert(rows.end(), appended.begin(), appended.end());
-    const HeaderView* header = Header();
-    const int sorted = header->sortIndicatorSection();
-    if (sorted >= 0 && sortText) {
-        const auto function = sortText;
-        const auto position = std::uint32_t(PositionOf(sorted));
-        SortRows(
-            rows, [&](UI_MultiColumnTreeRow* row) { return function(row, position); },
-            header->sortIndicatorOrder() == Qt::AscendingOrder);
-    }
+    isCleared = false;
+    isToBeSorted = false;
+    appended.clear();
     return rows;
+}
+
+void UI_MultiColumnTree::State::Sort(Rows& ioRows)
+{
+    const UI_MultiColumnTreePtr keep = &tree;
+    const CellTextFunction function = sortText; // it may set another
+    const auto position = std::uint32_t(PositionOf(Header()->sortIndicatorSection()));
+    const bool isAscending = Header()->sortIndicatorOrder() == Qt::AscendingOrder;
+    CallHost("The sort function of a tree", [&] {
+        SortRows(
+            ioRows, [&](UI_MultiColumnTreeRow* row) { return function(row, position); }, isAscending);
+    });
 }
 
 void UI_MultiColumnTree::State::LayOut()
@@ -180,26 +194,31 @@ void UI_MultiColumnTree::State::LayOut()
     if (deferrals > 0 || mIsLayingOut || !view) {
         return;
     }
-    mIsLayingOut = true;
-    for (int round = 0; round < kMostRounds && (isCleared || isToBeSorted || !appended.empty()); ++round) {
-        const bool isSorted = Header()->sortIndicatorSection() >= 0 && sortText;
-        if (!isCleared && !isSorted) {
-            isToBeSorted = false;
-            const ScQtCall call(*this);
-            model.Append(std::exchange(appended, {}));
-            rowsInView.MarkDirty();
-            continue;
+    {
+        const ScValue once(mIsLayingOut, true);
+        for (int round = 0; round < kMostRounds && IsLayOutDue(); ++round) {
+            const bool isReset = isCleared || isSelectionToBeShown || IsSorted();
+            if (!isReset) {
+                isToBeSorted = false;
+                const ScQtCall call(*this);
+                model.Append(std::exchange(appended, {}));
+                rowsInView.MarkDirty();
+                continue;
+            }
+            Rows rows = RowsToBe();
+            if (IsSorted()) {
+                Sort(rows); // a function that is asked for a text may change the rows; that comes next then
+            }
+            if (isCleared) {
+                Drop(rows);
+                continue;
+            }
+            Show(std::move(rows));
         }
-        const UI_MultiColumnTreePtr keep = &tree;
-        ++deferrals; // a function that is asked for a text may change the rows; that comes next then
-        Rows rows = RowsToBe();
-        --deferrals;
-        isCleared = false;
-        isToBeSorted = false;
-        appended.clear();
-        Show(std::move(rows));
     }
-    mIsLayingOut = false;
+    if (IsLayOutDue()) {
+        LayOutSoon();
+    }
     SettleUnlessInQt();
 }
 
@@ -209,8 +228,7 @@ void UI_MultiColumnTree::State::Show(Rows inRows)
     const int across = view->horizontalScrollBar()->value();
     const int down = view->verticalScrollBar()->value();
     const UI_MultiColumnTreeRowPtr current = model.RowAt(view->currentIndex().row());
-    const Rows before = model.Rows();
-    model.Replace(std::move(inRows));
+    const Rows before = model.Replace(std::move(inRows));
     for (const UI_MultiColumnTreeRowPtr& row : before) {
         if (row->GetTree() != &tree) {
             RowSelection::Forget(*row);
@@ -218,7 +236,8 @@ void UI_MultiColumnTree::State::Show(Rows inRows)
     }
     view->doItemsLayout();
     selection.Restore();
-    if (current && current->GetTree() == &tree) {
+    isSelectionToBeShown = false;
+    if (current && current->GetTree() == &tree && model.Holds(*current)) {
         view->SetCurrentQuietly(model.index(int(current->GetKept().index), 0));
     }
     view->horizontalScrollBar()->setValue(across);
@@ -249,14 +268,13 @@ void UI_MultiColumnTree::State::Settle()
     }
     const UI_MultiColumnTreePtr keep = &tree;
     const ui::ScWidgetEvent scope;
-    mIsSettling = true;
+    const ScValue once(mIsSettling, true);
     for (int round = 0; round < kMostRounds && (rowsInView.IsDirty() || selection.HasNews()); ++round) {
         if (rowsInView.IsDirty()) {
             rowsInView.Update();
         }
         selection.Tell();
     }
-    mIsSettling = false;
     if (rowsInView.IsDirty() || selection.HasNews()) {
         SettleSoon();
     }

@@ -15,6 +15,7 @@
 #include <QPointer>
 
 #include <unordered_map>
+#include <utility>
 
 namespace kioui::controls {
 
@@ -76,12 +77,19 @@ struct UI_MultiColumnTree::State {
     Rows appended;
     bool isCleared = false;
     bool isToBeSorted = false;
+    bool isSelectionToBeShown = false; // that rows remember and Qt does not know
     int deferrals = 0;
     int callsIntoQt = 0;
 
 private:
     void Settle();
+    bool IsSorted() const;
+    bool IsLayOutDue() const
+    {
+        return isCleared || isToBeSorted || isSelectionToBeShown || !appended.empty();
+    }
     Rows RowsToBe();
+    void Sort(Rows& ioRows);
     void Show(Rows inRows);
     void Drop(const Rows& inRows);
 
@@ -89,6 +97,20 @@ private:
     bool mIsLayingOut = false;
     bool mIsSettleDue = false;
     bool mIsLayOutDue = false;
+};
+
+/// Sets a value for as long as this lives.
+template <typename T>
+class ScValue {
+public:
+    ScValue(T& ioPlace, T inValue) : mPlace(ioPlace), mBefore(std::exchange(ioPlace, inValue)) {}
+    ~ScValue() { mPlace = mBefore; }
+    ScValue(const ScValue&) = delete;
+    ScValue& operator=(const ScValue&) = delete;
+
+private:
+    T& mPlace;
+    const T mBefore;
 };
 
 /// While Qt is at work on the tree's widgets.

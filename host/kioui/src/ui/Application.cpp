@@ -113,6 +113,7 @@ ScApplication::~ScApplication()
 
 void ScApplication::RunPending()
 {
+    WakeEventLoop(); // what was posted from within posted work has woken nobody
     QCoreApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }

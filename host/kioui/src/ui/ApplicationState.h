@@ -8,7 +8,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace kioui::drawbot {
 /// The supplier that draws with Qt.
@@ -25,11 +24,9 @@ struct ApplicationState {
     std::string settingsFileUTF8;
     UI_OSWindow* mainWindow = nullptr;
     UI_OSWindow* modalWindow = nullptr; // that new nodes belong to
-    std::vector<UI_OSWindow*> windows;  // all there are, those made first before others
     QObject* waker = nullptr;           // runs posted work when it gets an event
 };
-/// Exported for the test tools only.
-KIO_EXPORT ApplicationState& TheApplicationState();
+ApplicationState& TheApplicationState();
 
 /// Has posted work run by the event loop that runs next, also one inside of posted work.
 void WakeEventLoop();

@@ -61,7 +61,6 @@ UI_OSWindow::UI_OSWindow(const UTF16String& inTitle, UI_Node* inParent)
 UI_OSWindow::UI_OSWindow(std::unique_ptr<Impl> inImpl, const UTF16String& inTitle)
     : UI_Node(std::move(inImpl)), mScale(GetUIScale())
 {
-    TheApplicationState().windows.push_back(this);
     SetTitle(inTitle);
     if (WindowHooks* hooks = HooksOf(GetImpl().widget)) {
         hooks->closeRequested = [this] {
@@ -93,7 +92,6 @@ UI_OSWindow::~UI_OSWindow()
             *known = nullptr;
         }
     }
-    std::erase(state.windows, this);
 }
 
 UTF16String UI_OSWindow::GetText() const

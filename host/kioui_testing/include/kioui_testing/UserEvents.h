@@ -18,7 +18,8 @@ namespace kioui::testing {
 
 /// Calls the function once, when the innermost event loop has nothing else to do: what was done and posted so
 /// far is over, or is a modal dialog that waits. RunPending counts as a loop.
-KIO_EXPORT void RunWhenIdle(std::function<void()> inFunction);
+/// @param inDelayMs  waits that long before, for what other threads do.
+KIO_EXPORT void RunWhenIdle(std::function<void()> inFunction, int inDelayMs = 0);
 
 /// The middle of a node, in its window.
 KIO_EXPORT PointT<float> MiddleOf(const ui::UI_Node& inNode);
@@ -45,6 +46,8 @@ KIO_EXPORT void TurnWheel(ui::UI_OSWindow& inWindow, PointT<float> inPlace, int 
 KIO_EXPORT void PressKey(ui::UI_OSWindow& inWindow, std::string_view inKey);
 /// Each character as by a key of its own, until the window has gone. A line feed is Return.
 KIO_EXPORT void TypeText(ui::UI_OSWindow& inWindow, kiocore::utility::UTF16View inText);
+/// By the window's own means: asks it to close.
+KIO_EXPORT void CloseWindow(ui::UI_OSWindow& inWindow);
 /// Whether there is such a key, as PressKey reads it.
 KIO_EXPORT bool IsKeyName(std::string_view inKey);
 

@@ -11,6 +11,7 @@ using kiocore::UTF16String;
 using kiocore::config::CompareUnderDefaultLocale;
 using kiocore::config::Locale;
 using kiocore::config::Localizer;
+using kiocore::config::SortKeyUnderDefaultLocale;
 
 TEST(Localizer, ShowsDefaultsWithoutKeysAndNotes)
 {
@@ -161,5 +162,40 @@ TEST(CompareUnderDefaultLocale, OrdersAsADictionaryAndTellsAllTextsApart)
         EXPECT_EQ(CompareUnderDefaultLocale(test.less, test.more), -1);
         EXPECT_EQ(CompareUnderDefaultLocale(test.more, test.less), 1);
         EXPECT_EQ(CompareUnderDefaultLocale(test.less, test.less), 0);
+    }
+}
+
+TEST(SortKeyUnderDefaultLocale, OrdersAsComparingDoes)
+{
+    const std::vector<UTF16String> texts = {u"",
+                                            u"a",
+                                            u"A",
+                                            u"b",
+                                            u"ab",
+                                            u"a b",
+                                            u"a-b",
+                                            u"e",
+                                            u"\u00e9",
+                                            u"e\u0301",
+                                            u"\u00c9",
+                                            u"f",
+                                            u"K",
+                                            u"\u212a",
+                                            u"k",
+                                            u"z",
+                                            u"\u5f71",
+                                            u"\U0001F600",
+                                            UTF16String{0xD800},
+                                            UTF16String{u'a', u'\0'},
+                                            UTF16String{u'a', u'\0', u'b'},
+                                            UTF16String{u'\0'},
+                                            UTF16String(300, u'x'),
+                                            UTF16String(300, u'x') + u"y"};
+    for (const UTF16String& a : texts) {
+        for (const UTF16String& b : texts) {
+            const int byKey = SortKeyUnderDefaultLocale(a).compare(SortKeyUnderDefaultLocale(b));
+            EXPECT_EQ((byKey > 0) - (byKey < 0), CompareUnderDefaultLocale(a, b))
+                << testing::PrintToString(a) << " against " << testing::PrintToString(b);
+        }
     }
 }
