@@ -28,9 +28,9 @@ std::string TakeQuoted(std::string_view inLine, std::size_t& ioAt)
             letter = inLine[ioAt++];
             if (letter != 'n' && letter != '"' && letter != '\\') {
                 throw BadUiLine{
-                    LocalText("$$$/Halcyon/TrHost/UiScript/BadEscape=found \\@0 in a quoted text; "
-                              "expected \\\", \\\\ or \\n#{@0: a character}",
-                              {std::string(1, letter)})};
+                    LocalText("$$$/Halcyon/TrHost/UiScript/BadEscape=found \\@0 in a quoted text; expected "
+                              "@1#{@0: a character, @1: what may stand there}",
+                              {std::string(1, letter), R"(\", \\, \n)"})};
             }
             letter = letter == 'n' ? '\n' : letter;
         }
