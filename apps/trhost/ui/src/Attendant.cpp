@@ -60,8 +60,9 @@ struct Attendant::State {
     explicit State(const UserInterfaceSettings& inSettings) : settings(inSettings)
     {
         if (settings.attendance == Attendance::kScript) {
-            script.emplace(ReadScript(settings.file),
-                           [this](const std::string& inText) { dump += dump.empty() ? inText : '\n' + inText; });
+            script.emplace(ReadScript(settings.file), [this](const std::string& inText) {
+                dump += dump.empty() ? inText : '\n' + inText;
+            });
         }
     }
 
@@ -100,7 +101,8 @@ void Attendant::ExpectDialog()
     const bool isFirst = !std::exchange(mState->hasBegun, true);
     if (!mState->script) {
         // One that follows is not what was asked for, and nobody is there to answer it.
-        user::RunWhenIdle(isFirst ? std::function<void()>([state = mState] { state->Look(); }) : &CancelAllDialogs);
+        user::RunWhenIdle(isFirst ? std::function<void()>([state = mState] { state->Look(); })
+                                  : &CancelAllDialogs);
     } else if (isFirst) {
         mState->script->Start();
     }

@@ -72,11 +72,12 @@ constexpr const char* kSwitchOffHflip = "click OnlyShowThirdPartyEffectsCheckbox
 
 TEST_F(Dialogs, AnEffectIsSearchedAndSwitchedOff)
 {
-    const RunResult run = Drive("effects-manage", std::string(kSwitchOffHflip) +
-                                                      "click OK\n"
-                                                      "expect Message text \"You will need to restart Media Host "
-                                                      "for the changes to take place.\"\n"
-                                                      "click Button2\n");
+    const RunResult run =
+        Drive("effects-manage", std::string(kSwitchOffHflip) +
+                                    "click OK\n"
+                                    "expect Message text \"You will need to restart Media Host "
+                                    "for the changes to take place.\"\n"
+                                    "click Button2\n");
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(SwitchedOff(), "avfilter.hflip ");
     EXPECT_EQ(Run({"effects", "info", "avfilter.hflip"}).status, 0);
@@ -86,10 +87,10 @@ TEST_F(Dialogs, CancelChangesNothingAndPuttingBackIsNoChange)
 {
     EXPECT_EQ(Drive("effects-manage", std::string(kSwitchOffHflip) + "click Cancel\n").status, 0);
     EXPECT_EQ(SwitchedOff(), "");
-    const RunResult run = Drive("effects-manage", std::string(kSwitchOffHflip) +
-                                                      "click PluginTree row hflip column Enabled\n"
-                                                      "expect OK state disabled\n"
-                                                      "key Escape\n");
+    const RunResult run =
+        Drive("effects-manage", std::string(kSwitchOffHflip) + "click PluginTree row hflip column Enabled\n"
+                                                               "expect OK state disabled\n"
+                                                               "key Escape\n");
     EXPECT_EQ(run.status, 0) << run.err;
 }
 
