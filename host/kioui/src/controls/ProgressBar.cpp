@@ -61,6 +61,7 @@ bool UI_ProgressBar::IsUnknownProgress() const
 
 void UI_ProgressBar::SetShowsPercentage(bool inShows)
 {
+    KIO_HOST_CALL("kioui::controls::UI_ProgressBar::SetShowsPercentage", inShows);
     if (auto* bar = WidgetOf<QProgressBar>(*this)) {
         bar->setTextVisible(inShows);
     }

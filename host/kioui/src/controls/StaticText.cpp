@@ -124,6 +124,7 @@ ui::UTF16String UI_StaticText::GetText() const
 
 void UI_StaticText::SetText(const ui::UTF16String& inText)
 {
+    KIO_HOST_CALL("kioui::controls::UI_StaticText::SetText", inText);
     if (auto* label = WidgetOf<TextWidget>(*this)) {
         label->setText(ToQt(inText));
         label->FollowText();
@@ -132,6 +133,7 @@ void UI_StaticText::SetText(const ui::UTF16String& inText)
 
 void UI_StaticText::SetBold(bool inBold)
 {
+    KIO_HOST_CALL("kioui::controls::UI_StaticText::SetBold", inBold);
     if (auto* label = WidgetOf<TextWidget>(*this)) {
         QFont font = label->font();
         font.setBold(inBold);
@@ -142,6 +144,7 @@ void UI_StaticText::SetBold(bool inBold)
 
 void UI_StaticText::SetSelectable(bool inSelectable)
 {
+    KIO_HOST_CALL("kioui::controls::UI_StaticText::SetSelectable", inSelectable);
     if (auto* label = WidgetOf<TextWidget>(*this)) {
         label->SetSelectable(inSelectable);
     }
@@ -149,6 +152,7 @@ void UI_StaticText::SetSelectable(bool inSelectable)
 
 void UI_StaticText::SetTruncation(TextTruncation inTruncation)
 {
+    KIO_HOST_CALL("kioui::controls::UI_StaticText::SetTruncation", int(inTruncation));
     if (auto* label = WidgetOf<TextWidget>(*this)) {
         label->SetElision(ToQt(inTruncation));
     }
