@@ -4,5 +4,6 @@
 namespace bench {
 
 void BenchBestFit();
+void BenchTree();
 
 } // namespace bench

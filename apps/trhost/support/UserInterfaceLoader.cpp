@@ -20,8 +20,10 @@ std::unique_ptr<ui::IUserInterface> OpenUserInterface(const Context& inContext,
     const kiocore::UTF16String& preferences = inContext.folders.preferencesFile;
     ui::UserInterfaceSettings settings;
     settings.applicationName = kiocore::config::versioninfo::GetAppShortName();
-    settings.windowSizesFile = kiocore::filesupport::ToNative(
-        preferences.substr(0, preferences.find_last_of(u'/') + 1) + u"windows.ini");
+    if (inOptions.attendance == ui::Attendance::kPerson || inOptions.attendance == ui::Attendance::kScript) {
+        settings.windowSizesFile = kiocore::filesupport::ToNative(
+            preferences.substr(0, preferences.find_last_of(u'/') + 1) + u"windows.ini");
+    } // pictures and descriptions are of what everybody sees at first
     settings.isLight = (inOptions.theme.empty() ? GetThemePreference() : inOptions.theme) == "light";
     settings.scale = inOptions.scale;
     settings.attendance = inOptions.attendance;

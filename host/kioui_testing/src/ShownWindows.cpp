@@ -19,8 +19,9 @@ auto PlaceFromTheFront(const ui::UI_OSWindow* inWindow)
     for (const QWidget* behind = widget->parentWidget(); behind != nullptr; behind = behind->parentWidget()) {
         windowsBehind += behind->isWindow() ? 1 : 0;
     }
+    // Numbers of windows grow: what was made later was, as a rule, shown later.
     return std::tuple(widget != QApplication::activeModalWidget(), !widget->isModal(), -windowsBehind,
-                      !widget->isActiveWindow());
+                      !widget->isActiveWindow(), ~widget->internalWinId());
 }
 
 } // namespace

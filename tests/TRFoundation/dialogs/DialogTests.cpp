@@ -270,7 +270,7 @@ TEST(Redirect, TheLinkOpensThePageAndLeavesTheBoxOpen)
         user::Click(window, user::MiddleOf(*link));
         ASSERT_EQ(user::ShownWindows().size(), 1u);
         EXPECT_GE(link->GetBounds().top, window.FindNode("Message")->GetBounds().bottom);
-        user::PressKey(window, "Return");
+        user::Click(window, user::MiddleOf(*window.FindNode("Button1")));
     });
     TR::ShowBlackmagicRAWRedirectURL();
     const std::string url = kiocore::utility::ToUTF8(TR::GetPluginRedirectURL());

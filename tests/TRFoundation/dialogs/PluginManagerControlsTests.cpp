@@ -76,6 +76,7 @@ TEST(PluginManagerControls, TheSpaceBarSwitchesTheSelectedRow)
     const auto glow = stage.Add(u"Glow");
     stage.Open();
     stage.ClickTitle(2); // by name
+    stage.Tree().SelectRow(stage.RowNamed(u"Glow"), true, false, true);
     stage.Tree().SelectRow(stage.RowNamed(u"Blur"), true, false, true);
     EXPECT_TRUE(stage.Box(u"Blur").HasKeyboardFocus());
     EXPECT_FALSE(stage.Box(u"Glow").IsKeyboardTarget());
@@ -119,7 +120,8 @@ TEST(PluginManagerControls, TabReachesEverythingAndPassesOnToARow)
             .SetKeyboardFocus(kioui::FocusChangeReason::kProgram);
         stage.Key(key);
         EXPECT_TRUE(stage.RowNamed(u"Blur")->IsSelected());
-        EXPECT_TRUE(stage.Node("DisableAllButton").HasKeyboardFocus());
+        ASSERT_NE(stage.Dialog().GetFocusedNode(), nullptr);
+        EXPECT_EQ(stage.Dialog().GetFocusedNode()->GetNodeID(), "DisableAllButton");
     }
 }
 

@@ -103,6 +103,7 @@ TEST(NodeTree, ShownWindowsComeFrontFirst)
     EXPECT_THAT(kioui::testing::ShownWindows(), ElementsAre());
     first->UI_Show(true);
     last->UI_Show(true);
+    ui::ScApplication::RunPending();
     EXPECT_THAT(kioui::testing::ShownWindows(), ElementsAre(last.get(), first.get()));
     last->UI_Show(false);
     EXPECT_THAT(kioui::testing::ShownWindows(), ElementsAre(first.get()));

@@ -43,7 +43,7 @@ protected:
                                    : ui::UTF16String();
         });
         tree->SetCellSortDataFunction([this](UI_MultiColumnTreeRow* inRow, std::uint32_t) {
-            return std::u16string(1, char16_t(0x4E00 + IndexOf(inRow)));
+            return kiocore::utility::ToUTF16(std::to_string(100 + IndexOf(inRow)));
         });
         for (int i = 0; i < 100; ++i) {
             rows.emplace_back(new UI_MultiColumnTreeRow(true, tree.get()));

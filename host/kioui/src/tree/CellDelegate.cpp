@@ -1,6 +1,5 @@
 #include "CellDelegate.h"
 
-#include "HostCalls.h"
 #include "TreeState.h"
 #include "TreeView.h"
 #include "drawbot/PainterDrawbot.h"
@@ -36,7 +35,7 @@ void CellDelegate::paint(QPainter* inPainter, const QStyleOptionViewItem& inOpti
         return;
     }
     drawbot::PainterDrawbot drawbot(*inPainter);
-    CallHost("The draw cell function of a tree", [&] {
+    ui::CallHost("The draw cell function of a tree", [&] {
         mTree.drawCell(&drawbot, row, std::uint32_t(mTree.PositionOf(inIndex.column())),
                        ui::FromQt(inOption.rect));
     });

@@ -1,16 +1,15 @@
 #include "CellView.h"
 
-#include "HostCalls.h"
 #include "TreeState.h"
 #include "TreeView.h"
 #include "ui/NodeImpl.h"
 
 #include <kioui/controls/Checkbox.h>
+#include <kioui/controls/HotText.h>
 
 #include <QWidget>
 
 #include <algorithm>
-#include <string_view>
 
 namespace kioui::controls {
 
@@ -52,7 +51,7 @@ void CellView::SetNode(const ui::UI_NodePtr& inNode)
     tree.cellOfNode[mNode.get()] = this;
     if (QWidget* widget = Widget()) {
         // The cell sees the mouse instead, all of it: also what happens beside a box.
-        const bool isHot = std::string_view(mNode->GetClassName()).starts_with("UI_HotText");
+        const bool isHot = dynamic_cast<UI_HotTextButton*>(mNode.get()) != nullptr;
         widget->setAttribute(Qt::WA_TransparentForMouseEvents, !isHot);
         widget->installEventFilter(&tree.cellKeys);
     }
@@ -64,27 +63,32 @@ void CellView::SetNode(const ui::UI_NodePtr& inNode)
     }
 }
 
-void CellView::LetGo()
+ui::UI_NodePtr CellView::GiveUpNode()
 {
     if (!mNode) {
-        return;
+        return {};
     }
     ShowPressed(false);
-    const ui::UI_NodePtr node = std::exchange(mNode, nullptr);
+    ui::UI_NodePtr node = std::exchange(mNode, nullptr);
     ui::UI_Node::Impl& impl = node->GetImpl();
     UI_MultiColumnTree::State& tree = static_cast<UI_MultiColumnTree*>(impl.parent)->GetState();
     impl.parent = nullptr;
     tree.cellOfNode.erase(node.get());
-    QWidget* widget = impl.widget;
-    if (widget == nullptr) {
-        return;
-    }
-    widget->removeEventFilter(&tree.cellKeys);
-    if (widget->hasFocus() && tree.view) {
-        tree.view->setFocus(Qt::OtherFocusReason); // or nobody had it
-    }
-    if (node->use_count() > 1) { // somebody else wants it whole
+    if (QWidget* widget = impl.widget) {
+        widget->removeEventFilter(&tree.cellKeys);
         widget->setAttribute(Qt::WA_TransparentForMouseEvents, false);
+        if (widget->hasFocus() && tree.view) {
+            tree.view->setFocus(Qt::OtherFocusReason); // or nobody had it
+        }
+    }
+    return node;
+}
+
+void CellView::LetGo()
+{
+    const ui::UI_NodePtr node = GiveUpNode();
+    if (QWidget* widget = node ? node->GetImpl().widget.data() : nullptr;
+        widget != nullptr && node->use_count() > 1) { // somebody else wants it whole
         widget->hide();
         widget->setParent(nullptr);
     }
@@ -114,8 +118,8 @@ bool CellView::Offer(ui::UI_MouseEvent& ioEvent)
     }
     const auto function = mMouseEvent; // it may set another
     bool isDealtWith = false;
-    CallHost("The mouse function of a cell",
-             [&] { isDealtWith = function(this, ioEvent) || ioEvent.handled; });
+    ui::CallHost("The mouse function of a cell",
+                 [&] { isDealtWith = function(this, ioEvent) || ioEvent.handled; });
     return isDealtWith;
 }
 

@@ -43,6 +43,8 @@ public:
     /// Puts the node where it costs nothing until the row comes into view again. The keyboard focus goes to
     /// the tree, and comes back with the row unless it went elsewhere meanwhile.
     void Park();
+    /// The node, which is no longer here; its widget lies where it lay.
+    ui::UI_NodePtr GiveUpNode();
     /// The node's widget; null without one.
     QWidget* Widget() const;
 

@@ -23,23 +23,39 @@ struct TreeImpl final : ui::UI_Node::Impl {
         return all;
     }
 
+    CellView* CellOf(const ui::UI_Node& inChild) const
+    {
+        const auto& cells = Tree().cellOfNode;
+        const auto found = cells.find(&inChild);
+        return found != cells.end() ? found->second : nullptr;
+    }
+
     void LetGoOf(ui::UI_Node& inChild) override
     {
-        if (node != nullptr) {
-            const auto& cells = Tree().cellOfNode;
-            if (const auto found = cells.find(&inChild); found != cells.end()) {
-                found->second->SetNode(nullptr);
-                return;
-            }
+        if (CellView* cell = CellOf(inChild)) {
+            cell->SetNode(nullptr);
+        } else {
+            Impl::LetGoOf(inChild);
         }
-        Impl::LetGoOf(inChild);
+    }
+
+    void Unlist(ui::UI_Node& inChild) override
+    {
+        if (CellView* cell = CellOf(inChild)) {
+            cell->GiveUpNode();
+        } else {
+            Impl::Unlist(inChild);
+        }
     }
 };
 
 std::unique_ptr<ui::UI_Node::Impl> NewTreeImpl()
 {
     ui::RequireApplication("UI_MultiColumnTree");
-    return std::make_unique<TreeImpl>(new TreeView(ui::DefaultParentWidget()));
+    auto impl = std::make_unique<TreeImpl>(new TreeView(ui::DefaultParentWidget()));
+    impl->widget->hide(); // until it is put somewhere
+    impl->chainsItsChildren = true;
+    return impl;
 }
 
 struct HeaderImpl final : ui::UI_Node::Impl {

@@ -1,8 +1,8 @@
 #include "RowSelection.h"
 
-#include "HostCalls.h"
 #include "TreeState.h"
 #include "TreeView.h"
+#include "ui/WidgetEvents.h"
 
 #include <QItemSelectionModel>
 
@@ -116,7 +116,7 @@ void RowSelection::Tell()
     }
     if (!rows.empty() && changed) {
         const auto function = changed; // it may set another
-        CallHost("The selection function of a tree", [&] { function(rows); });
+        ui::CallHost("The selection function of a tree", [&] { function(rows); });
     }
 }
 

@@ -1,9 +1,9 @@
 #include "RowsInView.h"
 
 #include "CellView.h"
-#include "HostCalls.h"
 #include "TreeState.h"
 #include "TreeView.h"
+#include "ui/WidgetEvents.h"
 
 #include <algorithm>
 
@@ -60,7 +60,7 @@ void RowsInView::Update()
     const auto function = visibilityChanged;
     for (const UI_MultiColumnTreeRowPtr& row : fresh) {
         if (function && row->GetTree() == &mTree.tree && row->GetKept().isInView) {
-            CallHost("The row visibility function of a tree", [&] { function(row.get()); });
+            ui::CallHost("The row visibility function of a tree", [&] { function(row.get()); });
         }
     }
     for (const UI_MultiColumnTreeRowPtr& row : now) {

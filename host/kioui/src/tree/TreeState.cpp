@@ -1,6 +1,5 @@
 #include "TreeState.h"
 
-#include "HostCalls.h"
 #include "SortOrder.h"
 #include "TreeView.h"
 #include "ui/NodeImpl.h"
@@ -20,7 +19,7 @@ constexpr int kMostRounds = 20;
 
 } // namespace
 
-bool CellKeys::eventFilter(QObject*, QEvent* inEvent)
+bool CellKeys::eventFilter(QObject* inWidget, QEvent* inEvent)
 {
     if (inEvent->type() != QEvent::KeyPress || mTree.view == nullptr) {
         return false;
@@ -34,9 +33,11 @@ bool CellKeys::eventFilter(QObject*, QEvent* inEvent)
     case Qt::Key_PageUp:
     case Qt::Key_PageDown:
     case Qt::Key_Home:
-    case Qt::Key_End:
+    case Qt::Key_End: {
+        const ui::ScWidgetEvent scope(static_cast<QWidget*>(inWidget)); // its row may go
         mTree.view->PressKey(key);
         return true;
+    }
     default:
         return false;
     }
@@ -183,7 +184,7 @@ void UI_MultiColumnTree::State::Sort(Rows& ioRows)
     const CellTextFunction function = sortText; // it may set another
     const auto position = std::uint32_t(PositionOf(Header()->sortIndicatorSection()));
     const bool isAscending = Header()->sortIndicatorOrder() == Qt::AscendingOrder;
-    CallHost("The sort function of a tree", [&] {
+    ui::CallHost("The sort function of a tree", [&] {
         SortRows(
             ioRows, [&](UI_MultiColumnTreeRow* row) { return function(row, position); }, isAscending);
     });
@@ -267,7 +268,6 @@ void UI_MultiColumnTree::State::Settle()
         return;
     }
     const UI_MultiColumnTreePtr keep = &tree;
-    const ui::ScWidgetEvent scope;
     const ScValue once(mIsSettling, true);
     for (int round = 0; round < kMostRounds && (rowsInView.IsDirty() || selection.HasNews()); ++round) {
         if (rowsInView.IsDirty()) {

@@ -13,6 +13,18 @@
 #include <algorithm>
 
 namespace kioui::controls {
+namespace {
+
+bool IsTabKey(const QEvent& inEvent)
+{
+    if (inEvent.type() != QEvent::KeyPress) {
+        return false;
+    }
+    const int key = static_cast<const QKeyEvent&>(inEvent).key();
+    return key == Qt::Key_Tab || key == Qt::Key_Backtab;
+}
+
+} // namespace
 
 TreeView::TreeView(QWidget* inParent) : QTreeView(inParent), mParkingPlace(new QWidget(this))
 {
@@ -107,7 +119,10 @@ bool TreeView::event(QEvent* inEvent)
     if (mTree == nullptr) {
         return QTreeView::event(inEvent);
     }
-    const ui::ScWidgetEvent scope;
+    const ui::ScWidgetEvent scope(this);
+    if (IsTabKey(*inEvent)) {
+        return QTreeView::event(inEvent); // only moves the focus, and who gets it may select rows
+    }
     const ScQtCall call(*mTree);
     switch (inEvent->type()) {
     case QEvent::Show:
@@ -132,7 +147,7 @@ bool TreeView::viewportEvent(QEvent* inEvent)
     if (mTree == nullptr) {
         return QTreeView::viewportEvent(inEvent);
     }
-    const ui::ScWidgetEvent scope;
+    const ui::ScWidgetEvent scope(viewport());
     switch (inEvent->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonRelease:
@@ -158,7 +173,6 @@ bool TreeView::viewportEvent(QEvent* inEvent)
 void TreeView::PressKey(QKeyEvent& inEvent)
 {
     if (mTree != nullptr) {
-        const ui::ScWidgetEvent scope;
         const ScQtCall call(*mTree);
         keyPressEvent(&inEvent);
     }

@@ -114,7 +114,7 @@ void UI_Node::Impl::Adopt(const UI_NodePtr& inChild)
     }
     Impl& impl = *inChild->mImpl;
     if (impl.parent != nullptr) {
-        std::erase(impl.parent->mImpl->children, inChild);
+        impl.parent->mImpl->Unlist(*inChild);
     }
     children.push_back(inChild);
     impl.parent = node;
@@ -124,6 +124,11 @@ void UI_Node::Impl::Adopt(const UI_NodePtr& inChild)
         }
         impl.widget->setVisible(!impl.isHidden);
     }
+}
+
+void UI_Node::Impl::Unlist(UI_Node& inChild)
+{
+    std::erase(children, &inChild);
 }
 
 void UI_Node::Impl::LetGoOf(UI_Node& inChild)

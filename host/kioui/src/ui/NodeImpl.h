@@ -35,6 +35,8 @@ struct UI_Node::Impl {
     virtual QWidget* Content() const { return widget; }
     void Adopt(const UI_NodePtr& inChild);
     virtual void LetGoOf(UI_Node& inChild);
+    /// The child goes elsewhere: its widget is not touched.
+    virtual void Unlist(UI_Node& inChild);
     /// What lies in the node, front to back.
     virtual std::vector<UI_NodePtr> Children() const { return children; }
     void TellSize();
