@@ -9,6 +9,7 @@
 #include "../../support/CrashReports.h"
 #include "../../support/DisabledEffects.h"
 #include "../../support/Failure.h"
+#include "../../support/Interrupt.h"
 #include "../../support/Restart.h"
 
 #include <ZOL/RegistryBaseKey.h>
@@ -180,9 +181,8 @@ int EffectsManage(Context& ioContext, const EffectSearch& inSearch, const Dialog
     RefuseInSafeMode(ioContext);
     const bool isUsed =
         inOptions.attendance == ui::Attendance::kPerson || inOptions.attendance == ui::Attendance::kScript;
-    const auto userInterface =
-        OpenUserInterfaceForCommand(ioContext, inOptions); // first: without a display all else is idle
     const Disabled before = ReadDisabledEffects();
+    const auto userInterface = OpenUserInterfaceForCommand(ioContext, inOptions);
     const EffectHost host(ioContext, inSearch);
     const ManagedEffects effects(host, ReadEffectCrashes(ioContext.folders), before);
 
@@ -192,6 +192,7 @@ int EffectsManage(Context& ioContext, const EffectSearch& inSearch, const Dialog
     question.haveChanged = [&effects] { return effects.HaveChanged(); };
     FindCulprit(ioContext, effects, isUsed, question);
     userInterface->Run(question);
+    ThrowIfInterrupted(); // nothing is applied, and nobody is there to be asked
 
     if (isUsed) {
         KeepDialogState(question.state);

@@ -2,7 +2,6 @@
 
 #include "InterruptWatch.h"
 
-#include "../../support/LocalText.h"
 #include "../script/UiScriptRun.h"
 
 #include <kiocore/config/Errors.h>
@@ -34,10 +33,10 @@ std::string ReadText(const std::string& inFile)
     return text.str();
 }
 
-std::string AtLine(int inLine, const std::string& inText)
+/// As compilers say it, so that editors find the place.
+std::string AtLine(const std::string& inFile, int inLine, const std::string& inText)
 {
-    return LocalText("$$$/Halcyon/TrHost/UiScript/AtLine=line @0: @1#{@0: number, @1: what is wrong there}",
-                     {std::to_string(inLine), inText});
+    return inFile + ':' + std::to_string(inLine) + ": " + inText;
 }
 
 /// @throws kio_exception (kError_BadArgument) with all that is wrong in it.
@@ -46,10 +45,10 @@ UiScript ReadScript(const std::string& inFile)
     UiScript script = ParseUiScript(ReadText(inFile));
     std::string problems;
     for (const UiScriptError& error : script.errors) {
-        problems += (problems.empty() ? "" : "; ") + AtLine(error.line, error.text);
+        problems += (problems.empty() ? "" : "; ") + AtLine(inFile, error.line, error.text);
     }
     if (!problems.empty()) {
-        throw kio_exception(inFile + ": " + problems, kiocore::kError_BadArgument);
+        throw kio_exception(problems, kiocore::kError_BadArgument);
     }
     return script;
 }
@@ -116,7 +115,7 @@ std::string Attendant::Finish()
     if (mState->script) {
         const UiScriptResult result = mState->script->Finish();
         if (result.status != 0) {
-            throw kio_exception(mState->settings.file + ": " + AtLine(result.line, result.text),
+            throw kio_exception(AtLine(mState->settings.file, result.line, result.text),
                                 result.status == 1 ? kiocore::kError_Generic : kiocore::kError_File);
         }
     }

@@ -146,7 +146,7 @@ TEST(Application, ThousandPostsOfFourThreadsMakeOneWakeUpEvent)
         int count = 0;
     };
     const support::ScTestApplication application;
-    ui::ScApplication::RunPending();
+    QCoreApplication::processEvents();
     WakeUps wakeUps;
     qApp->installEventFilter(&wakeUps);
     int ran = 0;
@@ -162,11 +162,11 @@ TEST(Application, ThousandPostsOfFourThreadsMakeOneWakeUpEvent)
         thread.join();
     }
     EXPECT_EQ(ran, 0);
-    ui::ScApplication::RunPending();
+    QCoreApplication::processEvents();
     EXPECT_EQ(ran, 1000);
     EXPECT_EQ(wakeUps.count, 1);
     application->Post([&ran] { ++ran; }); // and the next is woken up for again
-    ui::ScApplication::RunPending();
+    QCoreApplication::processEvents();
     EXPECT_EQ(ran, 1001);
     EXPECT_EQ(wakeUps.count, 2);
 }
