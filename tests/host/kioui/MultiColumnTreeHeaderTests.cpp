@@ -170,3 +170,18 @@ TEST(MultiColumnTreeHeader, AClickOnATitleSortsAndAnotherReverses)
     test.header->SetSortColumn(3, false);
     EXPECT_THAT(test.Names(), ElementsAre("y", "z", "x")) << "texts have changed meanwhile";
 }
+
+TEST(MultiColumnTreeHeader, SortsPartsOfWhatItSortedBeforeAndWhatIsNew)
+{
+    TreeFixture test;
+    test.header->SetSortColumn(2, true);
+    test.Fill({{u"d"}, {u"b"}, {u"e"}, {u"a"}});
+    EXPECT_THAT(test.Names(), ElementsAre("a", "b", "d", "e"));
+    test.Fill({{u"e"}, {u"a"}, {u"e"}, {u"b"}});
+    EXPECT_THAT(test.Names(), ElementsAre("a", "b", "e", "e")) << "all known";
+    test.Fill({{u"e"}, {u"c"}, {u"a"}});
+    EXPECT_THAT(test.Names(), ElementsAre("a", "c", "e")) << "one new";
+    test.header->SetSortColumn(2, false);
+    test.Fill({{u"b"}, {u"d"}, {u"e"}, {u"a"}, {u"c"}});
+    EXPECT_THAT(test.Names(), ElementsAre("e", "d", "c", "b", "a")) << "some forgotten";
+}

@@ -1,9 +1,20 @@
 #include <kioui/controls/MultiColumnTreeRow.h>
 
 #include "CellView.h"
+#include "RowMemory.h"
 #include "TreeState.h"
 
 namespace kioui::controls {
+namespace {
+
+// Leaked on purpose: a row may be the last thing that anybody holds.
+RowMemory& Memory()
+{
+    static auto& memory = *new RowMemory(sizeof(UI_MultiColumnTreeRow));
+    return memory;
+}
+
+} // namespace
 
 UI_CellView::~UI_CellView() = default;
 
@@ -19,6 +30,20 @@ UI_MultiColumnTreeRow::UI_MultiColumnTreeRow(bool inSelectable, UI_MultiColumnTr
 }
 
 UI_MultiColumnTreeRow::~UI_MultiColumnTreeRow() = default;
+
+void* UI_MultiColumnTreeRow::operator new(std::size_t inBytes)
+{
+    return inBytes == Memory().BytesEach() ? Memory().Take() : ::operator new(inBytes);
+}
+
+void UI_MultiColumnTreeRow::operator delete(void* inRow, std::size_t inBytes)
+{
+    if (inBytes == Memory().BytesEach()) {
+        Memory().Give(inRow);
+    } else {
+        ::operator delete(inRow, inBytes);
+    }
+}
 
 UI_CellView* UI_MultiColumnTreeRow::GetCellView(std::uint32_t inPosition)
 {

@@ -101,13 +101,6 @@ void RowsInView::OrderTabs() const
     }
 }
 
-void RowsInView::Forget(UI_MultiColumnTreeRow& inRow)
-{
-    UI_MultiColumnTreeRow::Kept& kept = inRow.GetKept();
-    kept.isInView = false;
-    const auto cells = std::move(kept.cells); // what goes with them finds none
-}
-
 std::vector<ui::UI_NodePtr> RowsInView::Nodes() const
 {
     std::vector<ui::UI_NodePtr> nodes;

@@ -17,9 +17,6 @@ public:
     bool IsDirty() const { return mIsDirty; }
     /// Tells of rows that came into view, and lays out nodes. Calls the visibility function.
     void Update();
-    /// Drops the cells of rows that leave the tree.
-    static void Forget(UI_MultiColumnTreeRow& inRow);
-
     const UI_MultiColumnTree::Rows& Rows() const { return mRows; }
     std::vector<ui::UI_NodePtr> Nodes() const;
 

@@ -1,10 +1,10 @@
 #include "TreeState.h"
 
-#include "SortOrder.h"
 #include "TreeView.h"
 #include "ui/NodeImpl.h"
 
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QTimer>
@@ -80,8 +80,9 @@ UI_MultiColumnTree::State::State(UI_MultiColumnTree& inTree, TreeView& inView)
 void UI_MultiColumnTree::State::Close()
 {
     deferrals = 1; // nothing is laid out any more
-    appended.insert(appended.end(), model.Rows().begin(), model.Rows().end());
+    Drop(Rows(model.Rows()));
     Drop(std::exchange(appended, {}));
+    wereSelected.clear();
     if (view) {
         view->SetTree(nullptr);
         view->setItemDelegate(nullptr);
@@ -138,6 +139,9 @@ void UI_MultiColumnTree::State::Append(const UI_MultiColumnTreeRowPtr& inRow, bo
     }
     kept.tree = &tree;
     appended.push_back(inRow);
+    if (deferrals > 0) {
+        return;
+    }
     if (inLayOut && !IsSorted()) {
         LayOut();
     } else {
@@ -147,19 +151,30 @@ void UI_MultiColumnTree::State::Append(const UI_MultiColumnTreeRowPtr& inRow, bo
 
 void UI_MultiColumnTree::State::Drop(const Rows& inRows)
 {
+    Rows withCells; // what goes with cells may call the host, and that may change what rows there are
     for (const UI_MultiColumnTreeRowPtr& row : inRows) {
-        RowsInView::Forget(*row);
-        row->GetKept().tree = nullptr;
+        UI_MultiColumnTreeRow::Kept& kept = row->GetKept();
+        kept.isInView = false;
+        kept.tree = nullptr;
+        if (kept.cells) {
+            withCells.push_back(row);
+        }
+        if (kept.isSelected) {
+            wereSelected.push_back(row);
+        }
+    }
+    for (const UI_MultiColumnTreeRowPtr& row : withCells) {
+        const auto cells = std::move(row->GetKept().cells); // who asks meanwhile finds none
     }
 }
 
 void UI_MultiColumnTree::State::RemoveAll()
 {
-    if (!isCleared) {
-        isCleared = true;
-        Drop(Rows(model.Rows()));
+    if (!std::exchange(isCleared, true)) {
+        Drop(model.Rows());
     }
     Drop(std::exchange(appended, {}));
+    appended.reserve(model.Rows().size()); // most often as many come again
     LayOut();
 }
 
@@ -170,10 +185,12 @@ bool UI_MultiColumnTree::State::IsSorted() const
 
 UI_MultiColumnTree::Rows UI_MultiColumnTree::State::RowsToBe()
 {
-    Rows rows = isCleared ? Rows() : model.Rows();
-    rows.insert(rows.end(), appended.begin(), appended.end());
-    isCleared = false;
     isToBeSorted = false;
+    if (std::exchange(isCleared, false)) {
+        return std::exchange(appended, {});
+    }
+    Rows rows = model.Rows();
+    rows.insert(rows.end(), appended.begin(), appended.end());
     appended.clear();
     return rows;
 }
@@ -185,7 +202,7 @@ void UI_MultiColumnTree::State::Sort(Rows& ioRows)
     const auto position = std::uint32_t(PositionOf(Header()->sortIndicatorSection()));
     const bool isAscending = Header()->sortIndicatorOrder() == Qt::AscendingOrder;
     ui::CallHost("The sort function of a tree", [&] {
-        SortRows(
+        sortOrder.Sort(
             ioRows, [&](UI_MultiColumnTreeRow* row) { return function(row, position); }, isAscending);
     });
 }
@@ -229,15 +246,18 @@ void UI_MultiColumnTree::State::Show(Rows inRows)
     const int across = view->horizontalScrollBar()->value();
     const int down = view->verticalScrollBar()->value();
     const UI_MultiColumnTreeRowPtr current = model.RowAt(view->currentIndex().row());
+    const bool isSelected =
+        std::exchange(isSelectionToBeShown, false) || view->selectionModel()->hasSelection();
     const Rows before = model.Replace(std::move(inRows));
-    for (const UI_MultiColumnTreeRowPtr& row : before) {
+    for (const UI_MultiColumnTreeRowPtr& row : std::exchange(wereSelected, {})) {
         if (row->GetTree() != &tree) {
             RowSelection::Forget(*row);
         }
     }
     view->doItemsLayout();
-    selection.Restore();
-    isSelectionToBeShown = false;
+    if (isSelected) {
+        selection.Restore();
+    }
     if (current && current->GetTree() == &tree && model.Holds(*current)) {
         view->SetCurrentQuietly(model.index(int(current->GetKept().index), 0));
     }

@@ -8,6 +8,7 @@
 #include "RowModel.h"
 #include "RowSelection.h"
 #include "RowsInView.h"
+#include "SortOrder.h"
 
 #include <kioui/controls/MultiColumnTree.h>
 
@@ -65,6 +66,7 @@ struct UI_MultiColumnTree::State {
     CellMouse mouse;
     RowsInView rowsInView;
     RowSelection selection;
+    SortOrder sortOrder;
     UI_MultiColumnTreeHeaderRowPtr headerRow;
     std::unordered_map<const ui::UI_Node*, CellView*> cellOfNode;
 
@@ -75,6 +77,7 @@ struct UI_MultiColumnTree::State {
 
     // What comes with the next layout.
     Rows appended;
+    Rows wereSelected; // and left; some perhaps to come back
     bool isCleared = false;
     bool isToBeSorted = false;
     bool isSelectionToBeShown = false; // that rows remember and Qt does not know

@@ -2,6 +2,7 @@
 
 #include <kioui/ui/SubView.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -43,6 +44,9 @@ public:
     ~UI_MultiColumnTreeRow();
     UI_MultiColumnTreeRow(const UI_MultiColumnTreeRow&) = delete;
     UI_MultiColumnTreeRow& operator=(const UI_MultiColumnTreeRow&) = delete;
+    /// Rows lie close together, as thousands of them come and go at once.
+    static void* operator new(std::size_t inBytes);
+    static void operator delete(void* inRow, std::size_t inBytes);
 
     /// The cell of the column at this position, made on first asking; the row owns it, and drops it when it
     /// leaves its tree. Null for positions that are no column, and while the row is in no tree.
