@@ -22,15 +22,15 @@ constexpr double kFrame = 16e6; // nanoseconds between two pictures of a display
 
 TR::AllEffectSettings MakeEffects(std::size_t inCount)
 {
-    static const char16_t* const kWords[] = {u"Gaussian", u"Blur", u"Colour", u"Film", u"Grain", u"Levels",
+    static const char16_t* const kWords[] = {u"Gaussian", u"Blur", u"Colour", u"Film", u"Grain",  u"Levels",
                                              u"Light",    u"Wave", u"Alpha",  u"Glow", u"Sharpen"};
     TR::AllEffectSettings all;
     all.attributeNames = {u"Kind", u"32-bit"};
     for (std::size_t i = 0; i < inCount; ++i) {
         const auto settings = std::make_shared<TR::EffectSettings>();
         settings->enabled = i % 7 != 0;
-        settings->name = UTF16String(kWords[i % std::size(kWords)]) + u" " + kWords[(i / 11) % std::size(kWords)] +
-                         u" " + kiocore::utility::DecimalText(i);
+        settings->name = UTF16String(kWords[i % std::size(kWords)]) + u" " +
+                         kWords[(i / 11) % std::size(kWords)] + u" " + kiocore::utility::DecimalText(i);
         settings->filePath = u"/usr/lib/effects/" + settings->name + u".so";
         settings->attributeValues = {UTF16String(u"video filter"), i % 2 == 0};
         all.settings.insert(settings);
@@ -50,8 +50,8 @@ void SearchAmong(std::size_t inEffects, double inGoal)
 
     std::vector<double> times;
     for (int round = 0; round < 8; ++round) {
-        for (const char* key : {"l", "e", "v", "e", "l", "s", "Backspace", "Backspace", "Backspace", "Backspace",
-                                "Backspace", "Backspace"}) {
+        for (const char* key : {"l", "e", "v", "e", "l", "s", "Backspace", "Backspace", "Backspace",
+                                "Backspace", "Backspace", "Backspace"}) {
             times.push_back(Timed(CLOCK_MONOTONIC, [&] { user::PressKey(*dialog, key); }));
         }
     }

@@ -5,5 +5,6 @@ namespace bench {
 
 void BenchBestFit();
 void BenchTree();
+void BenchSearch();
 
 } // namespace bench

@@ -12,12 +12,13 @@ int main(int argc, char** argv)
     const struct {
         const char* name;
         void (*run)();
-    } kTables[] = {{"best-fit", bench::BenchBestFit}, {"tree", bench::BenchTree}};
+    } kTables[] = {
+        {"best-fit", bench::BenchBestFit}, {"tree", bench::BenchTree}, {"search", bench::BenchSearch}};
     const std::vector<std::string_view> wanted(argv + 1, argv + argc);
     for (const std::string_view name : wanted) {
         if (std::none_of(std::begin(kTables), std::end(kTables),
                          [&](const auto& table) { return table.name == name; })) {
-            std::fprintf(stderr, "bench_ui: no table \"%.*s\"; there are best-fit, tree\n",
+            std::fprintf(stderr, "bench_ui: no table \"%.*s\"; there are best-fit, tree, search\n",
                          static_cast<int>(name.size()), name.data());
             return 2;
         }

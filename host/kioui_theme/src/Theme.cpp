@@ -64,10 +64,13 @@ constexpr Color OfBytes(int inRed, int inGreen, int inBlue)
 
 // Neutral greys, so that the surroundings do not tint what the eye sees in a picture; colour only for what is
 // selected or a link. Texts keep a contrast of at least 4.5 to what they stand on, disabled ones of 3.
-constexpr Colors kDark = {Grey(29),  Grey(217),           Grey(128), Grey(43),
-                          Grey(60),  OfBytes(38, 92, 158), Grey(255), OfBytes(107, 172, 245)};
-constexpr Colors kLight = {Grey(245), Grey(34),             Grey(128), Grey(232),
-                           Grey(250), OfBytes(31, 100, 184), Grey(255), OfBytes(0, 88, 178)};
+constexpr Colors kDark = {Grey(29),  Grey(217),
+                          Grey(128), Grey(43),
+                          Grey(60),  OfBytes(38, 92, 158),
+                          Grey(255), OfBytes(107, 172, 245)};
+constexpr Colors kLight = {Grey(245), Grey(34),           Grey(128),
+                           Grey(232), Grey(250),          OfBytes(31, 100, 184),
+                           Grey(255), OfBytes(0, 88, 178)};
 
 struct Themes {
     const InterfaceRef<IThemeProvider> dark = MakeObject<OwnTheme>(kDark);
@@ -113,8 +116,8 @@ void ui::SetDefaultThemeProvider(const InterfaceRef<IThemeProvider>& inProvider)
 
 namespace {
 
-Color ColorFrom(const InterfaceRef<IThemeProvider>& inProvider, const InterfaceRef<skins::ISkinSet>& inSkinSet,
-                ColorRole inRole)
+Color ColorFrom(const InterfaceRef<IThemeProvider>& inProvider,
+                const InterfaceRef<skins::ISkinSet>& inSkinSet, ColorRole inRole)
 {
     Color color;
     return inSkinSet && inSkinSet->GetColor(inRole, color) ? color : inProvider->GetColor(inRole);

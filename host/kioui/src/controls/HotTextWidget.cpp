@@ -76,7 +76,8 @@ bool HotTextWidget::event(QEvent* inEvent)
         if (ShownText() != whole) {
             // HTML for certain, or Qt would guess by what the text looks like.
             QToolTip::showText(static_cast<QHelpEvent*>(inEvent)->globalPos(),
-                               QLatin1String("<span>") + whole.toHtmlEscaped() + QLatin1String("</span>"), this);
+                               QLatin1String("<span>") + whole.toHtmlEscaped() + QLatin1String("</span>"),
+                               this);
             return true;
         }
     }

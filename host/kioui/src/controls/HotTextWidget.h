@@ -6,9 +6,9 @@
 
 namespace kioui::controls {
 
-/// Qt's links are parts of rich texts: they have no room to be shortened in, no way to be clicked by the space
-/// bar or a screen reader, and take what they show for HTML. A button has all that; only its face, one line of
-/// text, is a link's.
+/// Qt's links are parts of rich texts: they have no room to be shortened in, no way to be clicked by the
+/// space bar or a screen reader, and take what they show for HTML. A button has all that; only its face, one
+/// line of text, is a link's.
 ///
 /// Threading: UI thread only.
 class HotTextWidget final : public QAbstractButton {

@@ -51,7 +51,9 @@ void OrderTabs(UI_Node& inWindow)
             chain.emplace_back(PlaceOf(at, places), at);
         }
     }
-    const auto isBefore = [](const auto& inLeft, const auto& inRight) { return inLeft.first < inRight.first; };
+    const auto isBefore = [](const auto& inLeft, const auto& inRight) {
+        return inLeft.first < inRight.first;
+    };
     if (std::is_sorted(chain.begin(), chain.end(), isBefore)) {
         return;
     }

@@ -12,7 +12,8 @@ namespace devicetests {
 
 void FakeHardware::Open()
 {
-    if (const std::uint32_t refusal = mRefusal; refusal != 0) { // read once: a test may take it back meanwhile
+    if (const std::uint32_t refusal = mRefusal;
+        refusal != 0) { // read once: a test may take it back meanwhile
         throw kiocore::kio_exception("the card refuses", refusal);
     }
     if (mIsOpen.exchange(true)) {

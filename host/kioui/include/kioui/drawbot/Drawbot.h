@@ -34,9 +34,9 @@ public:
 /// Empty where there is nothing to draw with.
 using FontRef = std::shared_ptr<const Font>;
 
-/// Finds how wide the widest of many texts is, far faster than by measuring each: adds up the widths of letters,
-/// which the font remembers, and measures only what its rules or its script may join. The answer is that of
-/// measuring all.
+/// Finds how wide the widest of many texts is, far faster than by measuring each: adds up the widths of
+/// letters, which the font remembers, and measures only what its rules or its script may join. The answer is
+/// that of measuring all.
 ///
 /// Threading: UI thread only.
 class KIO_EXPORT WidestText {
