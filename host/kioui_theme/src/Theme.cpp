@@ -63,14 +63,15 @@ constexpr Color OfBytes(int inRed, int inGreen, int inBlue)
 }
 
 // Neutral greys, so that the surroundings do not tint what the eye sees in a picture; colour only for what is
-// selected or a link. Texts keep a contrast of at least 4.5 to what they stand on, disabled ones of 3.
+// selected or a link. Texts keep a contrast of at least 4.5 to what they stand on, disabled ones of 3; texts
+// in cells and links stay as they are in a selected row, so the selection suits them.
 constexpr Colors kDark = {Grey(29),  Grey(217),
                           Grey(128), Grey(43),
-                          Grey(60),  OfBytes(38, 92, 158),
-                          Grey(255), OfBytes(107, 172, 245)};
+                          Grey(60),  OfBytes(28, 66, 115),
+                          Grey(255), OfBytes(122, 182, 250)};
 constexpr Colors kLight = {Grey(245), Grey(34),           Grey(128),
-                           Grey(232), Grey(250),          OfBytes(31, 100, 184),
-                           Grey(255), OfBytes(0, 88, 178)};
+                           Grey(232), Grey(250),          OfBytes(184, 214, 248),
+                           Grey(20),  OfBytes(0, 88, 178)};
 
 struct Themes {
     const InterfaceRef<IThemeProvider> dark = MakeObject<OwnTheme>(kDark);

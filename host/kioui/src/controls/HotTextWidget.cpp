@@ -3,11 +3,14 @@
 #include "ui/Conversions.h"
 
 #include <QFontMetrics>
+#include <QFontMetricsF>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QStyleOption>
 #include <QStylePainter>
 #include <QToolTip>
+
+#include <cmath>
 
 namespace kioui::controls {
 namespace {
@@ -30,8 +33,10 @@ HotTextWidget::HotTextWidget(const QString& inButtonText) : QAbstractButton(null
 
 QSize HotTextWidget::sizeHint() const
 {
-    const QFontMetrics metrics(font());
-    return {metrics.horizontalAdvance(WholeText(*this)) + 2 * kMargin, metrics.height() + 2 * kMargin};
+    // Rounded up: shortening is decided by the exact width.
+    const QFontMetricsF metrics(font());
+    return {int(std::ceil(metrics.horizontalAdvance(WholeText(*this)))) + 2 * kMargin,
+            int(std::ceil(metrics.height())) + 2 * kMargin};
 }
 
 QSize HotTextWidget::minimumSizeHint() const

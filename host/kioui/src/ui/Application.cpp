@@ -87,6 +87,7 @@ ScApplication::ScApplication(const ApplicationSettings& inSettings) : mImpl(std:
     SetDefaultThemeProvider(GetThemeProvider(inSettings.theme));
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     QApplication::setPalette(PaletteOf(GetDefaultThemeProvider()));
+    QApplication::setPalette(CheckBoxPaletteOf(GetDefaultThemeProvider()), "QCheckBox");
 
     ApplicationState& state = TheApplicationState();
     state.supplier = drawbot::NewQtSupplier();

@@ -35,4 +35,11 @@ QPalette PaletteOf(const InterfaceRef<IThemeProvider>& inProvider)
     return palette;
 }
 
+QPalette CheckBoxPaletteOf(const InterfaceRef<IThemeProvider>& inProvider)
+{
+    QPalette palette = PaletteOf(inProvider);
+    palette.setColor(QPalette::Base, ToQt(inProvider->GetColor(ColorRole::kControlBackground)));
+    return palette;
+}
+
 } // namespace kioui::ui
