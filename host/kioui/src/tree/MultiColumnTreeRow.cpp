@@ -14,6 +14,19 @@ RowMemory& Memory()
     return memory;
 }
 
+/// Not for derived classes, nor where a sanitizer is to see each row come and go.
+bool IsInBlocks(std::size_t inBytes)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    constexpr bool isWatched = true;
+#elif defined(__has_feature)
+    constexpr bool isWatched = __has_feature(address_sanitizer);
+#else
+    constexpr bool isWatched = false;
+#endif
+    return !isWatched && inBytes == Memory().BytesEach();
+}
+
 } // namespace
 
 UI_CellView::~UI_CellView() = default;
@@ -33,12 +46,12 @@ UI_MultiColumnTreeRow::~UI_MultiColumnTreeRow() = default;
 
 void* UI_MultiColumnTreeRow::operator new(std::size_t inBytes)
 {
-    return inBytes == Memory().BytesEach() ? Memory().Take() : ::operator new(inBytes);
+    return IsInBlocks(inBytes) ? Memory().Take() : ::operator new(inBytes);
 }
 
 void UI_MultiColumnTreeRow::operator delete(void* inRow, std::size_t inBytes)
 {
-    if (inBytes == Memory().BytesEach()) {
+    if (IsInBlocks(inBytes)) {
         Memory().Give(inRow);
     } else {
         ::operator delete(inRow, inBytes);
