@@ -14,6 +14,7 @@
 #include <QStringList>
 
 #include <dlfcn.h>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,36 +36,35 @@ private:
     void* const mLibrary;
 };
 
+using Connection = std::shared_ptr<void>;
+
 // Connecting is the only way to know: a display may be named, answer, and still refuse us.
-bool CanConnectToX11()
+
+/// Empty when there is none.
+Connection ConnectToX11()
 {
     const WindowLibrary xcb("libxcb.so.1");
     const auto connect = xcb.Find<void* (*)(const char*, int*)>("xcb_connect");
     const auto hasError = xcb.Find<int (*)(void*)>("xcb_connection_has_error");
     const auto disconnect = xcb.Find<void (*)(void*)>("xcb_disconnect");
     if (connect == nullptr || hasError == nullptr || disconnect == nullptr) {
-        return false;
+        return nullptr;
     }
-    void* const connection = connect(nullptr, nullptr); // never null
-    const bool isConnected = hasError(connection) == 0;
-    disconnect(connection);
-    return isConnected;
+    const Connection connection(connect(nullptr, nullptr), disconnect); // never null
+    return hasError(connection.get()) == 0 ? connection : nullptr;
 }
 
-bool CanConnectToWayland()
+/// Empty when there is none.
+Connection ConnectToWayland()
 {
     const WindowLibrary wayland("libwayland-client.so.0");
     const auto connect = wayland.Find<void* (*)(const char*)>("wl_display_connect");
     const auto disconnect = wayland.Find<void (*)(void*)>("wl_display_disconnect");
     if (connect == nullptr || disconnect == nullptr) {
-        return false;
+        return nullptr;
     }
     void* const display = connect(nullptr);
-    if (display == nullptr) {
-        return false;
-    }
-    disconnect(display);
-    return true;
+    return display != nullptr ? Connection(display, disconnect) : nullptr;
 }
 
 QStringList PluginFolders()
@@ -137,17 +137,18 @@ std::string Unreachable(const QString& inPlatform, const std::string& inVariable
 }
 
 /// Empty when it can be used.
-std::string WhatIsWrongWith(const QString& inPlatform)
+/// @param outConnection  set where one had to be made.
+std::string WhatIsWrongWith(const QString& inPlatform, Connection& outConnection)
 {
     const QString name = inPlatform.section(QLatin1Char(':'), 0, 0);
     if (!IsInstalled(name)) {
         return LocalText("$$$/kioui/WindowSystem/NotInstalled=@0: no such plug-in is installed#{@0: xcb}",
                          {name.toStdString()});
     }
-    if (name == QLatin1String("xcb") && !CanConnectToX11()) {
+    if (name == QLatin1String("xcb") && !(outConnection = ConnectToX11())) {
         return Unreachable(name, Shown("DISPLAY"));
     }
-    if (name.startsWith(QLatin1String("wayland")) && !CanConnectToWayland()) {
+    if (name.startsWith(QLatin1String("wayland")) && !(outConnection = ConnectToWayland())) {
         return Unreachable(name, Shown("WAYLAND_DISPLAY") + ", " + Shown("XDG_RUNTIME_DIR"));
     }
     return {};
@@ -155,13 +156,14 @@ std::string WhatIsWrongWith(const QString& inPlatform)
 
 } // namespace
 
-void RequireWindowSystem()
+std::shared_ptr<void> RequireWindowSystem()
 {
+    Connection connection;
     std::string reasons;
     for (const QString& platform : PlatformsToTry()) {
-        const std::string reason = WhatIsWrongWith(platform);
+        const std::string reason = WhatIsWrongWith(platform, connection);
         if (reason.empty()) {
-            return;
+            return connection;
         }
         reasons += (reasons.empty() ? "" : "; ") + reason;
     }

@@ -73,8 +73,8 @@ ScApplication::ScApplication(const ApplicationSettings& inSettings) : mImpl(std:
         throw kiocore::kio_exception("kioui::ui::ScApplication: there is an application object already",
                                      kiocore::kError_BadArgument);
     }
-    platform::RequireWindowSystem();
     {
+        const auto connection = platform::RequireWindowSystem();
         const ScEnvironment scale("QT_SCALE_FACTOR",
                                   inSettings.scale > 0 ? QByteArray::number(inSettings.scale) : QByteArray());
         mImpl->application = std::make_unique<QApplication>(mImpl->argumentCount, mImpl->arguments);
