@@ -225,6 +225,9 @@ void EffectPluginManagerDialog::AddSupportURL(Row* inRow, const EffectSettings& 
     const boost::intrusive_ptr<UI_HotTextURL> link(
         new UI_HotTextURL(inSettings.supportURL, GetCellTextFont()));
     link->SetNodeID("SupportURL");
+    if (inSettings.supportURL.empty()) {
+        link->SetKeyboardTarget(false); // nothing to open
+    }
     link->SetChangedFunction([this, inRow, population = mPopulation](Message* inMessage) {
         if (population == mPopulation) {
             OnSupportURLControlChange(inMessage, inRow);

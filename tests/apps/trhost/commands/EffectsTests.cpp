@@ -187,6 +187,11 @@ TEST_F(Effects, OneThatKillsTheProgramIsNamedAtEachStartUntilTheReportWasSeen)
                 AllOf(HasSubstr(named), HasSubstr("trhost effects disable avfilter.vidstabdetect")));
     EXPECT_THAT(Run({"prefs", "show"}).err, HasSubstr(named));
     EXPECT_THAT(Run({"--quiet", "prefs", "show"}).err, IsEmpty());
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    EXPECT_THAT(Run({"ui", "dump", "effects-manage"}).out,
+                ContainsRegex(
+                    "\"id\": \"SearchText\",\n *\"class\": \"UI_SearchBox\",\n *\"text\": \"vidstabdetect\""))
+        << "the plug-in manager opens with what crashed";
     EXPECT_THAT(Run({"effects", "crash-report"}).out,
                 AllOf(HasSubstr("crashed once"), HasSubstr("effects disable avfilter.vidstabdetect")));
     EXPECT_THAT(Run({"cache", "list"}).err, IsEmpty());
