@@ -120,7 +120,7 @@ void EffectPluginManagerDialog::PopulatePluginInfos(bool inResetColumnWidths)
         mRows.clear();
         for (const auto& settings : GetCurrentlyVisibleSettings()) {
             const RowPtr row(new UI_MultiColumnTreeRow(true, nullptr));
-            mRows.emplace(row, settings);
+            mRows.emplace_hint(mRows.end(), row, settings); // rows mostly lie one behind the other
             mTree->AppendRow(row, nullptr, true);
         }
         if (inResetColumnWidths) {

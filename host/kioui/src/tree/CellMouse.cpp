@@ -7,37 +7,6 @@
 #include <QMouseEvent>
 
 namespace kioui::controls {
-namespace {
-
-ui::MouseEventType TypeOf(const QMouseEvent& inEvent)
-{
-    switch (inEvent.type()) {
-    case QEvent::MouseButtonPress:
-        return ui::MouseEventType::kPress;
-    case QEvent::MouseButtonRelease:
-        return ui::MouseEventType::kRelease;
-    case QEvent::MouseButtonDblClick:
-        return ui::MouseEventType::kDoublePress;
-    default:
-        return ui::MouseEventType::kMove;
-    }
-}
-
-ui::MouseButton ButtonOf(const QMouseEvent& inEvent)
-{
-    switch (inEvent.button()) {
-    case Qt::LeftButton:
-        return ui::MouseButton::kLeft;
-    case Qt::RightButton:
-        return ui::MouseButton::kRight;
-    case Qt::MiddleButton:
-        return ui::MouseButton::kMiddle;
-    default:
-        return ui::MouseButton::kNone;
-    }
-}
-
-} // namespace
 
 CellViewPtr CellMouse::CellAt(const QPoint& inPlace) const
 {
@@ -59,8 +28,8 @@ bool CellMouse::Offer(const QMouseEvent& inEvent)
     const CellViewPtr cell = mTree.view->viewport()->rect().contains(place) ? CellAt(place) : nullptr;
     const bool isLeft = inEvent.button() == Qt::LeftButton;
     ui::UI_MouseEvent event;
-    event.type = TypeOf(inEvent);
-    event.button = ButtonOf(inEvent);
+    event.type = ui::TypeOf(inEvent);
+    event.button = ui::FromQt(inEvent.button());
     if (event.type == ui::MouseEventType::kMove) {
         ShowPressed(cell);
         return mIsPressDealtWith && inEvent.buttons() != Qt::NoButton; // or the tree would select on the way

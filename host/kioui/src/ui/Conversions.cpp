@@ -1,5 +1,7 @@
 #include "Conversions.h"
 
+#include <QMouseEvent>
+
 #include <algorithm>
 #include <cmath>
 
@@ -63,6 +65,20 @@ MouseButton FromQt(Qt::MouseButton inButton)
         return MouseButton::kMiddle;
     default:
         return MouseButton::kNone;
+    }
+}
+
+MouseEventType TypeOf(const QMouseEvent& inEvent)
+{
+    switch (inEvent.type()) {
+    case QEvent::MouseButtonPress:
+        return MouseEventType::kPress;
+    case QEvent::MouseButtonRelease:
+        return MouseEventType::kRelease;
+    case QEvent::MouseButtonDblClick:
+        return MouseEventType::kDoublePress;
+    default:
+        return MouseEventType::kMove;
     }
 }
 

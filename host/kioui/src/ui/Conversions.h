@@ -8,6 +8,8 @@
 #include <QString>
 #include <QtGlobal>
 
+class QMouseEvent;
+
 namespace kioui::ui {
 
 /// QString and UTF16String hold the same units.
@@ -26,6 +28,7 @@ QRect ToQt(const RectT<float>& inRect);
 Qt::FocusReason ToQt(FocusChangeReason inReason);
 FocusChangeReason FromQt(Qt::FocusReason inReason);
 MouseButton FromQt(Qt::MouseButton inButton);
+MouseEventType TypeOf(const QMouseEvent& inEvent);
 
 /// Qt takes "&" in a button's text for a mnemonic and "&&" for "&".
 inline QString ToButtonText(kiocore::utility::UTF16View inText)

@@ -6,23 +6,6 @@
 #include <QMouseEvent>
 
 namespace kioui::ui {
-namespace {
-
-MouseEventType TypeOf(const QMouseEvent& inEvent)
-{
-    switch (inEvent.type()) {
-    case QEvent::MouseButtonPress:
-        return MouseEventType::kPress;
-    case QEvent::MouseButtonRelease:
-        return MouseEventType::kRelease;
-    case QEvent::MouseButtonDblClick:
-        return MouseEventType::kDoublePress;
-    default:
-        return MouseEventType::kMove;
-    }
-}
-
-} // namespace
 
 bool Watcher::eventFilter(QObject* inWidget, QEvent* inEvent)
 {
