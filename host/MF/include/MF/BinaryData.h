@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstring>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace MF {
@@ -36,5 +37,8 @@ public:
 private:
     std::vector<std::byte> mBytes;
 };
+
+/// The bytes as text, in base64 (RFC 4648, with padding, in one line).
+KIO_EXPORT std::string EncodeBinaryDataToUTF8String(const BinaryData& inData);
 
 } // namespace MF

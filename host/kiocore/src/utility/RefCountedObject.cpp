@@ -1,0 +1,7 @@
+#include <kiocore/utility/RefCountedObject.h>
+
+namespace kiocore::utility {
+
+RefCountedObject::~RefCountedObject() = default;
+
+} // namespace kiocore::utility
