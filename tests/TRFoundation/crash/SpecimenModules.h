@@ -24,7 +24,9 @@ inline std::string ExpectedJSON(const std::string& inMatchName, const std::strin
 /// A loaded plug-in that counts how often it is asked about itself.
 class FilterModule final : public TR::IFilterModule, public virtual kiocore::classref::UnknownBase {
 public:
-    explicit FilterModule(std::string inMatchName) : mMatchName(std::move(inMatchName)) {}
+    explicit FilterModule(std::string inMatchName, kiocore::UTF16String inDisplayName = u"Shown")
+        : mMatchName(std::move(inMatchName)), mDisplayName(std::move(inDisplayName))
+    {}
 
     void* QueryMap(const CFUUIDBytes& inInterfaceID) override
     {
@@ -45,7 +47,7 @@ public:
         return Metadata(mMatchName);
     }
     kiocore::Guid GetMediaType() const override { return TR::kMediaType_Video; }
-    kiocore::UTF16String GetDisplayName() const override { return u"Shown"; }
+    kiocore::UTF16String GetDisplayName() const override { return mDisplayName; }
 
     mutable int matchNameCount = 0;
     mutable int metadataCount = 0;
@@ -53,6 +55,7 @@ public:
 
 private:
     const std::string mMatchName;
+    const kiocore::UTF16String mDisplayName;
 };
 
 class TransitionModule final : public TR::ITransitionModule, public virtual kiocore::classref::UnknownBase {
