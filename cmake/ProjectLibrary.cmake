@@ -16,7 +16,7 @@ set(PROJECT_ROOMS
     VF kioui kioui_testing kioscripting kioscripting_jsc
     TRFoundation TRFoundationUI
     trhost_effects trhost_support trhost_media trhost_devices trhost_frei0r trhost_avfilter trhost_ladspa
-    trhost_ui trhost)
+    trhost_ui trhost_script trhost)
 
 function(_project_check_direction name)
     list(FIND PROJECT_ROOMS ${name} ours)

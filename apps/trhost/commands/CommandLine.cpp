@@ -102,7 +102,7 @@ public:
               "runs effects on them.",
               ExamplesAndStatuses(), ProgramVersion()),
           mMedia(mGrammar.Root()), mAssets(mGrammar.Root()), mPictures(mGrammar.Root()),
-          mDevices(mGrammar.Root()), mEffects(mGrammar.Root()), mDialogs(mGrammar.Root())
+          mDevices(mGrammar.Root()), mEffects(mGrammar.Root()), mDialogs(mGrammar.Root()), mScripts(mGrammar.Root())
     {
         AddGlobalOptions(mGrammar.Root(), mOptions);
         mGrammar.Root()
@@ -141,6 +141,7 @@ private:
     DeviceCommands mDevices;
     EffectCommands mEffects;
     DialogCommands mDialogs;
+    ScriptCommands mScripts;
 };
 
 } // namespace

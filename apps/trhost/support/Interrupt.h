@@ -17,6 +17,11 @@ public:
 bool IsInterrupted();
 /// Becomes readable, and stays so, with the first signal: for waiting on input and the signal together.
 int GetInterruptFile();
+/// Makes the next signal the first one again, for programs that people talk to: Ctrl-C ends what a line does.
+/// @return false, and nothing has changed, when the program was asked to end (SIGTERM).
+///
+/// Threading: main thread.
+bool ForgetInterrupt();
 /// @throws Failure (kExit_Failed, "interrupted") once a signal came.
 void ThrowIfInterrupted();
 

@@ -3,6 +3,7 @@
 #include "../Commands.h"
 #include "../Dialogs.h"
 #include "../EffectOptions.h"
+#include "../ScriptOptions.h"
 #include "Grammar.h"
 
 #include <string>
@@ -101,6 +102,14 @@ private:
                                  ui::Attendance inAttendance);
 
     ShowDialogOptions mDialog;
+};
+
+class ScriptCommands {
+public:
+    explicit ScriptCommands(CommandGrammar inRoot);
+
+private:
+    ScriptOptions mScript;
 };
 
 /// How windows are to look.

@@ -55,6 +55,8 @@ struct EngineSettings {
     double timeLimitSeconds = 0;
     /// Asked several times a second while a script runs, on its thread; true ends the run.
     std::function<bool()> isCancelled;
+    /// What scripts and people are told of a native's exception; what() unless set.
+    std::function<std::string(const std::exception&)> tellError;
 };
 
 /// Evaluates scripts in a context of its own, in which every registered class can be reached by its
