@@ -1,5 +1,7 @@
 #include <VF/PNG.h>
 
+#include "Bands.h"
+#include "FastPNG.h"
 #include "PNGCodec.h"
 #include "PNGHeader.h"
 #include "platform/PNGFile.h"
@@ -11,6 +13,8 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <new>
 #include <numeric>
 #include <string>
 
@@ -25,13 +29,10 @@ namespace {
 constexpr const char* kChannel = "PNG";
 
 /// @return why there is no frame; empty when outFrame is set.
-std::string Decompress(const SharedRecycledMemory& inBytes, IVideoFrameRef& outFrame)
+std::string Decompress(IByteSource& inSource, IVideoFrameRef& outFrame)
 {
-    if (!inBytes) {
-        return "there are no bytes";
-    }
     PNGHeader header;
-    if (std::string reason = ReadPNGHeader(inBytes.bytes.get(), inBytes.size, header); !reason.empty()) {
+    if (std::string reason = ReadPNGHeader(inSource, header); !reason.empty()) {
         return reason;
     }
     IVideoFrameRef frame;
@@ -42,12 +43,62 @@ std::string Decompress(const SharedRecycledMemory& inBytes, IVideoFrameRef& outF
                std::to_string(header.height) + " pixels";
     }
     const InterfaceRef<IVideoFrameMemoryAccess> access = frame;
-    std::string reason = DecodePNG(inBytes.bytes.get(), header.endOfData, header, access->GetWritablePixels(),
-                                   access->GetRowBytes());
+    std::byte* const pixels = access->GetWritablePixels();
+    // What the fast decoder does not take may just be unusual; the other one decides, and says what is wrong.
+    std::string reason;
+    if (!IsFastPNG(header) || !DecodeFastPNG(inSource, header, pixels, access->GetRowBytes())) {
+        reason = DecodePNG(inSource, header, pixels, access->GetRowBytes());
+    }
     if (reason.empty()) {
         outFrame = frame;
     }
     return reason;
+}
+
+/// One picture of a file.
+struct Picture {
+    platform::PNGFile file;
+    std::string reason; // why there is no frame; empty before that is known
+    IVideoFrameRef frame;
+
+    void Open(const kiocore::UTF16String& inPath) { reason = file.Open(inPath); }
+    void Decode()
+    {
+        if (reason.empty()) {
+            reason = Decompress(file, frame);
+        }
+    }
+    void TellReason(const kiocore::UTF16String& inPath) const
+    {
+        if (!reason.empty()) {
+            kiocore::debug::Trace(1, kChannel,
+                                  "No picture in " + kiocore::utility::ToUTF8(inPath) + ": " + reason);
+        }
+    }
+};
+
+/// Looks no further than to the first block that differs.
+bool HaveSameBytes(platform::PNGFile& inFirst, platform::PNGFile& inSecond)
+{
+    if (inFirst.IsSameAs(inSecond)) {
+        return true;
+    }
+    if (inFirst.Size() != inSecond.Size()) {
+        return false;
+    }
+    constexpr std::size_t kFirstBlock = 4 * 1024; // where different pictures mostly differ
+    constexpr std::size_t kBlock = 64 * 1024;
+    const std::unique_ptr<std::byte[]> blocks(new (std::nothrow) std::byte[2 * kBlock]);
+    for (std::uint64_t at = 0; blocks && at < inFirst.Size();) {
+        const std::size_t wanted = at == 0 ? kFirstBlock : kBlock;
+        const std::size_t size = inFirst.ReadAt(at, blocks.get(), wanted);
+        if (size == 0 || inSecond.ReadAt(at, blocks.get() + kBlock, wanted) != size ||
+            std::memcmp(blocks.get(), blocks.get() + kBlock, size) != 0) {
+            return false;
+        }
+        at += size;
+    }
+    return blocks != nullptr;
 }
 
 /// Whether all pixels are. Looks at 8 bytes at once: two pixels, or one.
@@ -158,7 +209,9 @@ IVideoFrameRef DecompressPNG(const SharedRecycledMemory& inBytes)
 {
     KIO_HOST_CALL("VF::DecompressPNG", inBytes.size);
     IVideoFrameRef frame;
-    if (const std::string reason = Decompress(inBytes, frame); !reason.empty()) {
+    MemoryBytes bytes(inBytes.bytes.get(), inBytes.size);
+    if (const std::string reason = inBytes ? Decompress(bytes, frame) : "there are no bytes";
+        !reason.empty()) {
         kiocore::debug::Trace(1, kChannel,
                               "No picture in " + std::to_string(inBytes.size) + " bytes: " + reason);
     }
@@ -167,18 +220,53 @@ IVideoFrameRef DecompressPNG(const SharedRecycledMemory& inBytes)
 
 IVideoFrameRef DecompressPNG(const kiocore::UTF16String& inPath)
 {
+    std::string reason;
+    return DecompressPNG(inPath, reason);
+}
+
+IVideoFrameRef DecompressPNG(const kiocore::UTF16String& inPath, std::string& outReason)
+{
     KIO_HOST_CALL("VF::DecompressPNG", inPath);
-    IVideoFrameRef frame;
-    SharedRecycledMemory bytes;
-    std::string reason = platform::ReadPNGFile(inPath, bytes);
-    if (reason.empty()) {
-        reason = Decompress(bytes, frame);
+    Picture picture;
+    picture.Open(inPath);
+    picture.Decode();
+    picture.TellReason(inPath);
+    if (!picture.frame) {
+        outReason = picture.reason;
     }
-    if (!reason.empty()) {
-        kiocore::debug::Trace(1, kChannel,
-                              "No picture in " + kiocore::utility::ToUTF8(inPath) + ": " + reason);
+    return picture.frame;
+}
+
+PNGPair DecompressPNGs(const kiocore::UTF16String& inFirstPath, const kiocore::UTF16String& inSecondPath)
+{
+    KIO_HOST_CALL("VF::DecompressPNG", inFirstPath);
+    KIO_HOST_CALL("VF::DecompressPNG", inSecondPath);
+    Picture pictures[2];
+    Picture& first = pictures[0];
+    Picture& second = pictures[1];
+    first.Open(inFirstPath);
+    second.Open(inSecondPath);
+    if (first.reason.empty() && second.reason.empty() && HaveSameBytes(first.file, second.file)) {
+        first.Decode();
+        second.reason = first.reason;
+        if (first.frame) {
+            first.frame->PrepareForSharing();
+            second.frame = first.frame;
+        }
+    } else {
+        const bool done = RunBands(2, [&](unsigned inPicture) {
+            pictures[inPicture].Decode();
+            return true; // the other one is wanted in any case
+        });
+        for (Picture& picture : pictures) {
+            if (!done && !picture.frame && picture.reason.empty()) {
+                picture.reason = "out of memory";
+            }
+        }
     }
-    return frame;
+    first.TellReason(inFirstPath);
+    second.TellReason(inSecondPath);
+    return {first.frame, second.frame, first.reason, second.reason};
 }
 
 SharedRecycledMemory CompressPNG(const IVideoFrameRef& inFrame, int inLevel)

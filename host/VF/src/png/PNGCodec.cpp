@@ -9,6 +9,7 @@
 #include <csetjmp>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 
 // libpng reports errors by longjmp. Between a setjmp and whatever may jump to it stand only plain values and
@@ -36,9 +37,11 @@ void OnWarning(png_structp, png_const_charp) {}
 
 constexpr bool kIsLittleEndian = std::endian::native == std::endian::little;
 
+constexpr std::size_t kReadBlock = 128 * 1024;
+
 struct ReadState {
-    const std::byte* next = nullptr;
-    std::size_t left = 0;
+    SteppingReader* reader = nullptr;
+    std::uint64_t offset = 0;
     const PNGHeader* header = nullptr;
     std::byte* pixels = nullptr;
     std::size_t rowBytes = 0;
@@ -52,12 +55,11 @@ struct ReadState {
 void ReadBytes(png_structp inPNG, png_bytep outBytes, std::size_t inSize)
 {
     auto& state = *static_cast<ReadState*>(png_get_io_ptr(inPNG));
-    if (inSize > state.left) {
+    if (inSize > state.header->endOfData - state.offset ||
+        !state.reader->ReadAt(state.offset, outBytes, inSize)) {
         png_error(inPNG, "data breaks off");
     }
-    std::memcpy(outBytes, state.next, inSize);
-    state.next += inSize;
-    state.left -= inSize;
+    state.offset += inSize;
 }
 
 void SetUpReading(ReadState& ioState)
@@ -87,6 +89,16 @@ void SetUpTransforms(png_structp inPNG, png_infop inInfo)
     png_read_update_info(inPNG, inInfo);
 }
 
+/// A file may have changed since its header was looked at, and the frame made.
+bool HasThatForm(png_structp inPNG, png_infop inInfo, const PNGHeader& inHeader)
+{
+    return png_get_image_width(inPNG, inInfo) == inHeader.width &&
+           png_get_image_height(inPNG, inInfo) == inHeader.height &&
+           png_get_bit_depth(inPNG, inInfo) == inHeader.bitDepth &&
+           png_get_color_type(inPNG, inInfo) == inHeader.colorType &&
+           (png_get_interlace_type(inPNG, inInfo) != PNG_INTERLACE_NONE) == inHeader.isInterlaced;
+}
+
 bool Decode(ReadState& ioState)
 {
     if (setjmp(png_jmpbuf(ioState.png))) {
@@ -94,6 +106,9 @@ bool Decode(ReadState& ioState)
     }
     SetUpReading(ioState);
     png_read_info(ioState.png, ioState.info);
+    if (!HasThatForm(ioState.png, ioState.info, *ioState.header)) {
+        png_error(ioState.png, "its header has changed meanwhile");
+    }
     // From here on what is merely improper is about the image data themselves: their end, their check sum.
     png_set_benign_errors(ioState.png, 0);
     png_set_check_for_invalid_index(ioState.png, -1); // such pixels are black
@@ -198,21 +213,26 @@ bool Encode(WriteState& ioState)
 
 } // namespace
 
-std::string DecodePNG(const std::byte* inBytes, std::size_t inSize, const PNGHeader& inHeader,
-                      std::byte* outPixels, std::size_t inRowBytes)
+std::string DecodePNG(IByteSource& inSource, const PNGHeader& inHeader, std::byte* outPixels,
+                      std::size_t inRowBytes)
 {
+    const std::unique_ptr<std::byte[]> block(new (std::nothrow) std::byte[kReadBlock]);
+    SteppingReader reader(inSource, block.get(), kReadBlock);
     ReadState state;
-    state.next = inBytes;
-    state.left = inSize;
+    state.reader = &reader;
     state.header = &inHeader;
     state.pixels = outPixels;
     state.rowBytes = inRowBytes;
     state.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state.messages, &OnError, &OnWarning);
     state.info = state.png ? png_create_info_struct(state.png) : nullptr;
-    if (!state.info) {
+    if (!state.info || !block) {
         return "out of memory";
     }
-    return Decode(state) ? std::string() : std::string(state.messages.error);
+    if (Decode(state)) {
+        return {};
+    }
+    const std::string failure = inSource.Failure();
+    return failure.empty() ? std::string(state.messages.error) : failure;
 }
 
 std::string EncodePNG(const PNGSource& inSource, int inLevel,

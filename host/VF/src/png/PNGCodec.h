@@ -12,12 +12,13 @@
 namespace VF {
 
 /// Decodes a whole PNG into memory.
-/// @param inSize     up to the end of its data; no byte beyond is read.
+/// @param inSource   no byte behind the end of inHeader's data is used. Where its header has changed since
+/// inHeader was read, the picture is refused.
 /// @param outPixels  rows of inHeader's width and frame format, inRowBytes apart. Hold anything after a
 /// failure.
 /// @return empty, or why it failed.
-std::string DecodePNG(const std::byte* inBytes, std::size_t inSize, const PNGHeader& inHeader,
-                      std::byte* outPixels, std::size_t inRowBytes);
+std::string DecodePNG(IByteSource& inSource, const PNGHeader& inHeader, std::byte* outPixels,
+                      std::size_t inRowBytes);
 
 /// Pixels to be encoded: BGRA or ARGB of 8 bits, or BGRA of 16.
 struct PNGSource {

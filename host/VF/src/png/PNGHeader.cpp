@@ -15,7 +15,8 @@ namespace {
 
 constexpr unsigned char kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr std::size_t kChunkFrameBytes = 12; // length and type in front, check sum behind
-constexpr std::uint32_t kMostChunkBytes = 0x7FFFFFFF;
+constexpr std::size_t kStartBytes = sizeof(kSignature) + kChunkFrameBytes + 13; // with the header chunk
+constexpr std::size_t kStepBytes = 1024; // many small chunks lie in it; few bytes are read in vain
 
 // A length and distance pair of "deflate" takes two bits or more and stands for 258 bytes or fewer.
 constexpr std::uint64_t kMostExpansion = 258 * 8 / 2;
@@ -28,12 +29,11 @@ std::uint32_t ReadBigEndian(const std::byte* inBytes)
 }
 
 struct Chunk {
-    std::size_t start = 0; // of its length field
+    std::uint64_t start = 0; // of its length field
     std::uint32_t length = 0;
-    const std::byte* type = nullptr;
+    std::byte type[4] = {};
 
     bool Is(const char* inType) const { return std::memcmp(type, inType, 4) == 0; }
-    const std::byte* Data() const { return type + 4; }
     bool IsCritical() const { return (type[0] & std::byte{0x20}) == std::byte{0}; }
     bool HasValidType() const
     {
@@ -104,12 +104,11 @@ std::string RefuseSize(const PNGHeader& inHeader)
     return {};
 }
 
-std::string ReadImageHeader(const Chunk& inChunk, PNGHeader& outHeader)
+std::string ReadImageHeader(const std::byte* inData, PNGHeader& outHeader)
 {
-    const std::byte* const data = inChunk.Data();
-    const auto byteAt = [&](int inOffset) { return std::to_integer<int>(data[inOffset]); };
-    outHeader.width = ReadBigEndian(data);
-    outHeader.height = ReadBigEndian(data + 4);
+    const auto byteAt = [&](int inOffset) { return std::to_integer<int>(inData[inOffset]); };
+    outHeader.width = ReadBigEndian(inData);
+    outHeader.height = ReadBigEndian(inData + 4);
     outHeader.bitDepth = byteAt(8);
     outHeader.colorType = byteAt(9);
     outHeader.isInterlaced = byteAt(12) == 1;
@@ -125,18 +124,24 @@ std::string ReadImageHeader(const Chunk& inChunk, PNGHeader& outHeader)
     return RefuseSize(outHeader);
 }
 
-/// The chunk at an offset, with all its bytes there; else outReason says what is wrong with it.
-Chunk ReadChunk(const std::byte* inBytes, std::size_t inSize, std::size_t inStart, std::string& outReason)
+std::string BreaksOff(std::uint64_t inSize, const char* inWhere)
+{
+    return "it breaks off after " + std::to_string(inSize) + " bytes, " + inWhere;
+}
+
+/// The start of a chunk whose bytes are all there; else outReason says what is wrong with it.
+Chunk ReadChunk(SteppingReader& inReader, std::uint64_t inSize, std::uint64_t inStart, std::string& outReason)
 {
     Chunk chunk;
     chunk.start = inStart;
-    const std::size_t left = inSize - inStart;
-    if (left < kChunkFrameBytes) {
-        outReason = "it breaks off after " + std::to_string(inSize) + " bytes, without an \"IEND\" chunk";
+    const std::uint64_t left = inSize - inStart;
+    std::byte start[8];
+    if (left < kChunkFrameBytes || !inReader.ReadAt(inStart, start, sizeof(start))) {
+        outReason = BreaksOff(inSize, "without an \"IEND\" chunk");
         return chunk;
     }
-    chunk.length = ReadBigEndian(inBytes + inStart);
-    chunk.type = inBytes + inStart + 4;
+    chunk.length = ReadBigEndian(start);
+    std::memcpy(chunk.type, start + 4, sizeof(chunk.type));
     if (!chunk.HasValidType()) {
         outReason = chunk.Name() + " is none: expected four letters";
     } else if (chunk.length > kMostChunkBytes || chunk.length > left - kChunkFrameBytes) {
@@ -144,6 +149,62 @@ Chunk ReadChunk(const std::byte* inBytes, std::size_t inSize, std::size_t inStar
                     std::to_string(left - kChunkFrameBytes);
     }
     return chunk;
+}
+
+/// What is too short for a header chunk, or starts otherwise, need not be read any further.
+std::string RefuseStart(SteppingReader& inReader, std::uint64_t inSize)
+{
+    std::byte start[kStartBytes];
+    const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(inSize, sizeof(start)));
+    if (!inReader.ReadAt(0, start, size)) {
+        return BreaksOff(0, "it has become shorter");
+    }
+    if (std::memcmp(start, kSignature, std::min(size, sizeof(kSignature))) != 0) {
+        return "it does not start as a PNG does";
+    }
+    return size < sizeof(start) ? BreaksOff(size, "within its header") : std::string();
+}
+
+/// Goes from chunk to chunk.
+std::string WalkChunks(SteppingReader& inReader, std::uint64_t inSize, PNGHeader& outHeader)
+{
+    std::string reason;
+    bool dataIsOver = false;
+    for (std::uint64_t at = sizeof(kSignature); outHeader.endOfData == 0;) {
+        const Chunk chunk = ReadChunk(inReader, inSize, at, reason);
+        if (!reason.empty()) {
+            return reason;
+        }
+        const bool isFirst = at == sizeof(kSignature);
+        at += kChunkFrameBytes + chunk.length;
+        if (isFirst != chunk.Is("IHDR") || (isFirst && chunk.length != 13)) {
+            return chunk.Name() + " of " + std::to_string(chunk.length) +
+                   " bytes: expected one \"IHDR\" of 13 bytes, as the first";
+        }
+        if (isFirst) {
+            std::byte data[13];
+            if (!inReader.ReadAt(chunk.start + 8, data, sizeof(data))) {
+                return BreaksOff(inSize, "within its header");
+            }
+            reason = ReadImageHeader(data, outHeader);
+            if (!reason.empty()) {
+                return reason;
+            }
+        } else if (chunk.Is("IDAT")) {
+            if (dataIsOver) {
+                return chunk.Name() + " is apart from the others of its kind";
+            }
+            outHeader.compressedBytes += chunk.length;
+        } else {
+            dataIsOver = outHeader.compressedBytes > 0;
+            if (chunk.Is("IEND")) {
+                outHeader.endOfData = at;
+            } else if (chunk.IsCritical() && !chunk.Is("PLTE")) {
+                return chunk.Name() + " is of an unknown kind that must not be passed over";
+            }
+        }
+    }
+    return {};
 }
 
 } // namespace
@@ -177,54 +238,18 @@ std::uint64_t PNGHeader::FilteredBytes() const
     return sum;
 }
 
-std::string RefusePNGStart(const std::byte* inBytes, std::size_t inSize)
+std::string ReadPNGHeader(IByteSource& inSource, PNGHeader& outHeader)
 {
-    if (std::memcmp(inBytes, kSignature, std::min(inSize, sizeof(kSignature))) != 0) {
-        return "it does not start as a PNG does";
-    }
-    if (inSize < kPNGStartBytes) {
-        return "it breaks off after " + std::to_string(inSize) + " bytes, within its header";
-    }
-    return {};
-}
-
-std::string ReadPNGHeader(const std::byte* inBytes, std::size_t inSize, PNGHeader& outHeader)
-{
-    if (std::string reason = RefusePNGStart(inBytes, inSize); !reason.empty()) {
-        return reason;
-    }
+    std::byte buffer[kStepBytes];
+    SteppingReader reader(inSource, buffer, sizeof(buffer));
     PNGHeader header;
-    std::string reason;
-    bool dataIsOver = false;
-    for (std::size_t at = sizeof(kSignature); header.endOfData == 0;) {
-        const Chunk chunk = ReadChunk(inBytes, inSize, at, reason);
-        if (!reason.empty()) {
-            return reason;
-        }
-        const bool isFirst = at == sizeof(kSignature);
-        at += kChunkFrameBytes + chunk.length;
-        if (isFirst != chunk.Is("IHDR") || (isFirst && chunk.length != 13)) {
-            return chunk.Name() + " of " + std::to_string(chunk.length) +
-                   " bytes: expected one \"IHDR\" of 13 bytes, as the first";
-        }
-        if (isFirst) {
-            reason = ReadImageHeader(chunk, header);
-            if (!reason.empty()) {
-                return reason;
-            }
-        } else if (chunk.Is("IDAT")) {
-            if (dataIsOver) {
-                return chunk.Name() + " is apart from the others of its kind";
-            }
-            header.compressedBytes += chunk.length;
-        } else {
-            dataIsOver = header.compressedBytes > 0;
-            if (chunk.Is("IEND")) {
-                header.endOfData = at;
-            } else if (chunk.IsCritical() && !chunk.Is("PLTE")) {
-                return chunk.Name() + " is of an unknown kind that must not be passed over";
-            }
-        }
+    std::string reason = RefuseStart(reader, inSource.Size());
+    if (reason.empty()) {
+        reason = WalkChunks(reader, inSource.Size(), header);
+    }
+    if (!reason.empty()) {
+        const std::string failure = inSource.Failure();
+        return failure.empty() ? reason : failure;
     }
     const std::uint64_t expected = header.FilteredBytes();
     if (header.compressedBytes * kMostExpansion < expected) {

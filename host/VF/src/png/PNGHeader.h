@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ByteSource.h"
+
 #include <kiomediatypes/PixelFormat.h>
 
 #include <cstddef>
@@ -16,7 +18,7 @@ struct PNGHeader {
     int colorType = 0; ///< 0 grey, 2 RGB, 3 palette, 4 grey and alpha, 6 RGB and alpha
     bool isInterlaced = false;
     std::uint64_t compressedBytes = 0; ///< of all "IDAT" chunks together
-    std::size_t endOfData = 0;         ///< right behind "IEND"
+    std::uint64_t endOfData = 0;       ///< right behind "IEND"
 
     /// 8 or 16 bits of BGRA.
     kiomediatypes::PixelFormat FrameFormat() const;
@@ -24,17 +26,14 @@ struct PNGHeader {
     std::uint64_t FilteredBytes() const;
 };
 
-/// The first bytes of every PNG up to the end of its header chunk: what is too short for it, or starts
-/// otherwise, need not be read any further.
-inline constexpr std::size_t kPNGStartBytes = 8 + 12 + 13;
-/// @return empty when the bytes may be the start of a PNG, else why they are none.
-std::string RefusePNGStart(const std::byte* inBytes, std::size_t inSize);
+inline constexpr std::uint32_t kMostChunkBytes = 0x7FFFFFFF;
 
-/// Walks over the headers of all chunks up to "IEND". Check sums are left to the decoder.
+/// Walks over the headers of all chunks up to "IEND", of other files over their first bytes only: a wrong
+/// guess at a large file costs nothing. Check sums are left to the decoder.
 /// @param outHeader  set when the result is empty.
 /// @return empty, or why no frame can be made of it: something that no PNG has, bytes that are missing, a
 /// size
 ///     beyond what a frame, this machine or so few compressed bytes can hold.
-std::string ReadPNGHeader(const std::byte* inBytes, std::size_t inSize, PNGHeader& outHeader);
+std::string ReadPNGHeader(IByteSource& inSource, PNGHeader& outHeader);
 
 } // namespace VF
