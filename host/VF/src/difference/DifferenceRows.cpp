@@ -1,0 +1,355 @@
+#include "DifferenceRows.h"
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+#include <type_traits>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "difference/DifferenceRows.cpp"
+#include <hwy/foreach_target.h>
+
+#include <hwy/cache_control.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace VF {
+namespace HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// A step takes this many vectors at once: where they are equal, as most are, one test says so.
+constexpr std::size_t kStepVectors = 4;
+// Processors fetch ahead by themselves, but stop at each page; this looks over its edge.
+constexpr std::size_t kPrefetchBytes = 1024;
+
+template <typename T>
+using Tag = hn::ScalableTag<T>;
+template <typename T>
+using Vector = hn::Vec<Tag<T>>;
+/// Lanes of whole pixels, which also take up squares: 32 bits for bytes, 64 for words.
+template <typename T>
+using PixelTag = hn::Repartition<std::conditional_t<sizeof(T) == 1, std::uint32_t, std::uint64_t>, Tag<T>>;
+template <typename T>
+using PixelVector = hn::Vec<PixelTag<T>>;
+template <Painting kPainting, class D, class V>
+HWY_INLINE void Put(V inValue, D inTag, hn::TFromD<D>* outAt)
+{
+    if constexpr (kPainting == Painting::kStreamed) {
+        hn::Stream(inValue, inTag, outAt);
+    } else if constexpr (kPainting == Painting::kCached) {
+        hn::StoreU(inValue, inTag, outAt);
+    }
+}
+
+/// Adds four products of bytes to each lane; 65535 pixels' worth stays within 32 bits.
+HWY_INLINE void AddSquares(Vector<std::uint8_t> inDifference, PixelVector<std::uint8_t>& ioSum)
+{
+    const Tag<std::uint8_t> d;
+    const hn::Repartition<std::int16_t, Tag<std::uint8_t>> words;
+    const hn::Repartition<std::int32_t, Tag<std::uint8_t>> sums;
+    const auto low = hn::BitCast(words, hn::InterleaveLower(d, inDifference, hn::Zero(d)));
+    const auto high = hn::BitCast(words, hn::InterleaveUpper(d, inDifference, hn::Zero(d)));
+    auto other = hn::Zero(sums);
+    auto sum = hn::ReorderWidenMulAccumulate(sums, low, low, hn::BitCast(sums, ioSum), other);
+    sum = hn::ReorderWidenMulAccumulate(sums, high, high, sum, other);
+    ioSum = hn::BitCast(PixelTag<std::uint8_t>(), hn::Add(sum, other));
+}
+
+HWY_INLINE void AddSquares(Vector<std::uint16_t> inDifference, PixelVector<std::uint16_t>& ioSum)
+{
+    const hn::Repartition<std::uint32_t, Tag<std::uint16_t>> products;
+    const PixelTag<std::uint16_t> sums;
+    const auto pairs = hn::BitCast(products, inDifference);
+    const auto even = hn::And(pairs, hn::Set(products, 0xFFFF));
+    const auto odd = hn::ShiftRight<16>(pairs);
+    const auto low = hn::Set(sums, 0xFFFFFFFF);
+    for (const auto product : {hn::Mul(even, even), hn::Mul(odd, odd)}) {
+        const auto two = hn::BitCast(sums, product);
+        ioSum = hn::Add(ioSum, hn::Add(hn::And(two, low), hn::ShiftRight<32>(two)));
+    }
+}
+
+/// 64 + 0.75 d of 255, to the nearest, halves up.
+template <typename T>
+HWY_INLINE Vector<T> Lifted(Vector<T> inDifference)
+{
+    const Tag<T> d;
+    const auto quarter = hn::ShiftRight<1>(hn::AverageRound(inDifference, hn::Zero(d)));
+    constexpr T kLift = sizeof(T) == 1 ? T{64} : static_cast<T>(64 * 257);
+    return hn::SaturatedAdd(hn::Sub(inDifference, quarter), hn::Set(d, kLift));
+}
+
+template <typename T, bool kAlphaFirst>
+HWY_INLINE PixelVector<T> AlphaMask()
+{
+    const PixelTag<T> pixels;
+    if constexpr (sizeof(T) == 1) {
+        return hn::Set(pixels, kAlphaFirst ? 0x000000FFu : 0xFF000000u);
+    } else {
+        return hn::Set(pixels, 0xFFFF000000000000u);
+    }
+}
+
+/// Makes a pixel of which only alpha is left grey. Colours' own alpha is opaque anyway.
+template <typename T, bool kAlphaFirst>
+HWY_INLINE PixelVector<T> GreyOfAlpha(PixelVector<T> inPainted)
+{
+    const PixelTag<T> pixels;
+    const auto alpha = hn::And(inPainted, AlphaMask<T, kAlphaFirst>());
+    if (HWY_LIKELY(hn::AllTrue(pixels, hn::Eq(alpha, hn::Zero(pixels))))) {
+        return inPainted;
+    }
+    constexpr int kBits = sizeof(T) * 8;
+    const auto two = hn::Or(alpha, kAlphaFirst ? hn::ShiftLeft<kBits>(alpha) : hn::ShiftRight<kBits>(alpha));
+    const auto four =
+        hn::Or(two, kAlphaFirst ? hn::ShiftLeft<kBits * 2>(two) : hn::ShiftRight<kBits * 2>(two));
+    const auto isAlphaOnly = hn::Eq(alpha, inPainted); // 0 in both is black either way
+    return hn::IfThenElse(isAlphaOnly, four, inPainted);
+}
+
+template <typename T, bool kAlphaFirst, Painting kPainting>
+HWY_INLINE Vector<T> CompareVector(const T* inFirst, const T* inSecond, Vector<T> inTolerance, T* outPainted,
+                                   Vector<T>& ioLargest, PixelVector<T>& ioEqual, PixelVector<T>& ioSquares)
+{
+    const Tag<T> d;
+    const PixelTag<T> pixels;
+    const auto a = hn::LoadU(d, inFirst);
+    const auto b = hn::LoadU(d, inSecond);
+    const auto difference = hn::Sub(hn::Max(a, b), hn::Min(a, b));
+    const auto excess = hn::SaturatedSub(difference, inTolerance);
+    ioLargest = hn::Max(ioLargest, difference);
+    AddSquares(difference, ioSquares);
+    const auto equal = hn::Eq(hn::BitCast(pixels, excess), hn::Zero(pixels));
+    ioEqual = hn::Sub(ioEqual, hn::BitCast(pixels, hn::VecFromMask(pixels, equal)));
+    if constexpr (kPainting != Painting::kNone) {
+        const auto within = hn::VecFromMask(d, hn::Eq(excess, hn::Zero(d)));
+        const auto painted =
+            GreyOfAlpha<T, kAlphaFirst>(hn::BitCast(pixels, hn::AndNot(within, Lifted<T>(difference))));
+        Put<kPainting>(hn::BitCast(d, hn::Or(painted, AlphaMask<T, kAlphaFirst>())), d, outPainted);
+    }
+    return excess;
+}
+
+/// Whether a step's vectors are equal.
+template <typename T>
+HWY_INLINE bool StepIsEqual(const T* inFirst, const T* inSecond)
+{
+    const Tag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto apart = [&](std::size_t inAt) HWY_ATTR {
+        return hn::Xor(hn::LoadU(d, inFirst + inAt), hn::LoadU(d, inSecond + inAt));
+    };
+    const auto any = hn::Or(hn::Or(apart(0), apart(lanes)), hn::Or(apart(2 * lanes), apart(3 * lanes)));
+    return hn::AllTrue(d, hn::Eq(any, hn::Zero(d)));
+}
+
+template <typename T, bool kAlphaFirst, Painting kPainting>
+HWY_INLINE void PaintBlack(T* outPainted)
+{
+    if constexpr (kPainting != Painting::kNone) {
+        const Tag<T> d;
+        const auto black = hn::BitCast(d, AlphaMask<T, kAlphaFirst>());
+        for (std::size_t vector = 0; vector < kStepVectors; ++vector) {
+            Put<kPainting>(black, d, outPainted + vector * hn::Lanes(d));
+        }
+    }
+}
+
+/// @return whether a pixel differs.
+template <typename T, bool kAlphaFirst, Painting kPainting>
+HWY_INLINE bool CompareStep(const T* inFirst, const T* inSecond, Vector<T> inTolerance, T* outPainted,
+                            Vector<T>& ioLargest, PixelVector<T>& ioEqual, PixelVector<T>& ioSquares)
+{
+    const Tag<T> d;
+    auto excess = hn::Zero(d);
+    for (std::size_t vector = 0; vector < kStepVectors; ++vector) {
+        const std::size_t at = vector * hn::Lanes(d);
+        excess = hn::Or(excess, CompareVector<T, kAlphaFirst, kPainting>(
+                                    inFirst + at, inSecond + at, inTolerance,
+                                    kPainting == Painting::kNone ? outPainted : outPainted + at, ioLargest,
+                                    ioEqual, ioSquares));
+    }
+    return !hn::AllTrue(d, hn::Eq(excess, hn::Zero(d)));
+}
+
+template <typename T>
+bool PixelDiffers(const T* inFirst, const T* inSecond, std::uint32_t inTolerance)
+{
+    for (int channel = 0; channel < 4; ++channel) {
+        const std::uint32_t a = inFirst[channel];
+        const std::uint32_t b = inSecond[channel];
+        if ((a > b ? a - b : b - a) > inTolerance) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// From the steps that hold the first and the last differing pixel to these.
+template <typename T>
+void FindEnds(const T* inFirst, const T* inSecond, std::uint32_t inPixels, std::uint32_t inTolerance,
+              std::uint32_t inStepPixels, RowDifference& ioResult)
+{
+    const auto differs = [&](std::uint32_t inPixel) {
+        return PixelDiffers(inFirst + std::size_t{inPixel} * 4, inSecond + std::size_t{inPixel} * 4,
+                            inTolerance);
+    };
+    while (!differs(ioResult.first)) {
+        ++ioResult.first;
+    }
+    ioResult.last = std::min(ioResult.last + inStepPixels, inPixels) - 1;
+    while (!differs(ioResult.last)) {
+        --ioResult.last;
+    }
+}
+
+template <class D>
+std::uint64_t SumOf(D inTag, hn::Vec<D> inVector)
+{
+    HWY_ALIGN hn::TFromD<D> lanes[hn::MaxLanes(D())];
+    hn::Store(inVector, inTag, lanes);
+    return std::accumulate(lanes, lanes + hn::Lanes(inTag), std::uint64_t{0});
+}
+template <class D>
+hn::TFromD<D> LargestOf(D inTag, hn::Vec<D> inVector)
+{
+    HWY_ALIGN hn::TFromD<D> lanes[hn::MaxLanes(D())];
+    hn::Store(inVector, inTag, lanes);
+    return *std::max_element(lanes, lanes + hn::Lanes(inTag));
+}
+
+template <typename T, bool kAlphaFirst, Painting kPainting>
+RowDifference CompareRow(const T* inFirst, const T* inSecond, std::uint32_t inPixels,
+                         std::uint32_t inTolerance, T* outPainted)
+{
+    const Tag<T> d;
+    const PixelTag<T> pixelTag;
+    const auto stepPixels = static_cast<std::uint32_t>(kStepVectors * hn::Lanes(d) / 4);
+    const auto tolerance = hn::Set(d, static_cast<T>(inTolerance));
+    auto largest = hn::Zero(d);
+    auto equal = hn::Zero(pixelTag);
+    auto squares = hn::Zero(pixelTag);
+    std::uint32_t looked = 0; // pixels that were not plainly equal
+    bool any = false;
+    RowDifference result;
+    const auto note = [&](std::uint32_t inPixel) {
+        result.first = any ? result.first : inPixel;
+        result.last = inPixel;
+        any = true;
+    };
+    std::uint32_t pixel = 0;
+    for (; pixel + stepPixels <= inPixels; pixel += stepPixels) {
+        const T* const a = inFirst + std::size_t{pixel} * 4;
+        const T* const b = inSecond + std::size_t{pixel} * 4;
+        T* const out = kPainting == Painting::kNone ? nullptr : outPainted + std::size_t{pixel} * 4;
+        if (StepIsEqual(a, b)) {
+            PaintBlack<T, kAlphaFirst, kPainting>(out);
+        } else {
+            looked += stepPixels;
+            if (CompareStep<T, kAlphaFirst, kPainting>(a, b, tolerance, out, largest, equal, squares)) {
+                note(pixel);
+            }
+        }
+    }
+    if (pixel < inPixels) {
+        // What is missing to a step is equal.
+        constexpr std::size_t kMost = kStepVectors * hn::MaxLanes(Tag<T>());
+        HWY_ALIGN T tails[3][kMost] = {};
+        const std::size_t bytes = std::size_t{inPixels - pixel} * 4 * sizeof(T);
+        std::memcpy(tails[0], inFirst + std::size_t{pixel} * 4, bytes);
+        std::memcpy(tails[1], inSecond + std::size_t{pixel} * 4, bytes);
+        constexpr Painting kTail = kPainting == Painting::kNone ? Painting::kNone : Painting::kCached;
+        looked += stepPixels;
+        if (CompareStep<T, kAlphaFirst, kTail>(tails[0], tails[1], tolerance, tails[2], largest, equal,
+                                               squares)) {
+            note(pixel);
+        }
+        if constexpr (kPainting != Painting::kNone) {
+            std::memcpy(outPainted + std::size_t{pixel} * 4, tails[2], bytes);
+        }
+    }
+    result.squares = SumOf(pixelTag, squares);
+    result.pixels = looked - static_cast<std::uint32_t>(SumOf(pixelTag, equal));
+    result.largest = static_cast<float>(LargestOf(d, largest));
+    if (any) {
+        FindEnds(inFirst, inSecond, inPixels, inTolerance, stepPixels, result);
+    }
+    return result;
+}
+
+template <typename T, bool kAlphaFirst>
+RowDifference CompareRowTo(const T* inFirst, const T* inSecond, std::uint32_t inPixels,
+                           std::uint32_t inTolerance, T* outPainted, Painting inPainting)
+{
+    switch (inPainting) {
+    case Painting::kNone:
+        return CompareRow<T, kAlphaFirst, Painting::kNone>(inFirst, inSecond, inPixels, inTolerance, nullptr);
+    case Painting::kCached:
+        break;
+    case Painting::kStreamed:
+        return CompareRow<T, kAlphaFirst, Painting::kStreamed>(inFirst, inSecond, inPixels, inTolerance,
+                                                               outPainted);
+    }
+    return CompareRow<T, kAlphaFirst, Painting::kCached>(inFirst, inSecond, inPixels, inTolerance,
+                                                         outPainted);
+}
+
+RowDifference OfBGRA8(const std::uint8_t* a, const std::uint8_t* b, std::uint32_t n, std::uint32_t tolerance,
+                      std::uint8_t* out, Painting painting)
+{
+    return CompareRowTo<std::uint8_t, false>(a, b, n, tolerance, out, painting);
+}
+RowDifference OfARGB8(const std::uint8_t* a, const std::uint8_t* b, std::uint32_t n, std::uint32_t tolerance,
+                      std::uint8_t* out, Painting painting)
+{
+    return CompareRowTo<std::uint8_t, true>(a, b, n, tolerance, out, painting);
+}
+RowDifference OfBGRA16(const std::uint16_t* a, const std::uint16_t* b, std::uint32_t n,
+                       std::uint32_t tolerance, std::uint16_t* out, Painting painting)
+{
+    return CompareRowTo<std::uint16_t, false>(a, b, n, tolerance, out, painting);
+}
+
+} // namespace
+} // namespace HWY_NAMESPACE
+} // namespace VF
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace VF {
+namespace {
+
+HWY_EXPORT(OfBGRA8);
+HWY_EXPORT(OfARGB8);
+HWY_EXPORT(OfBGRA16);
+
+} // namespace
+
+void FinishStreaming()
+{
+    hwy::FlushStream();
+}
+
+RowDifference CompareRow8(const RowPair& inRows, std::uint32_t inTolerance, bool inAlphaFirst,
+                          std::byte* outPainted, Painting inPainting)
+{
+    const auto* const a = reinterpret_cast<const std::uint8_t*>(inRows.first);
+    const auto* const b = reinterpret_cast<const std::uint8_t*>(inRows.second);
+    auto* const out = reinterpret_cast<std::uint8_t*>(outPainted);
+    return inAlphaFirst ? HWY_DYNAMIC_DISPATCH(OfARGB8)(a, b, inRows.pixels, inTolerance, out, inPainting)
+                        : HWY_DYNAMIC_DISPATCH(OfBGRA8)(a, b, inRows.pixels, inTolerance, out, inPainting);
+}
+
+RowDifference CompareRow16(const RowPair& inRows, std::uint32_t inTolerance, std::byte* outPainted,
+                           Painting inPainting)
+{
+    return HWY_DYNAMIC_DISPATCH(OfBGRA16)(reinterpret_cast<const std::uint16_t*>(inRows.first),
+                                          reinterpret_cast<const std::uint16_t*>(inRows.second),
+                                          inRows.pixels, inTolerance,
+                                          reinterpret_cast<std::uint16_t*>(outPainted), inPainting);
+}
+
+} // namespace VF
+#endif
