@@ -52,6 +52,7 @@ Source SourceOf(const ScriptOptions& inOptions)
 script::AllowedFolders FoldersOf(const ScriptOptions& inOptions, bool inHasFile)
 {
     std::vector<std::string> readable = inOptions.readFolders;
+    readable.push_back(".");
     if (inHasFile && inOptions.words.front() != "-") {
         readable.push_back(fs::absolute(inOptions.words.front()).parent_path());
     }
