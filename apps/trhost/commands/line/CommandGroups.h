@@ -5,7 +5,9 @@
 #include "../EffectOptions.h"
 #include "Grammar.h"
 
+#include <optional>
 #include <string>
+#include <vector>
 
 /// What can be said on the command line, in groups. Each adds its commands to the grammar, holds the values
 /// that they fill, and must outlive the grammar's run.
@@ -54,6 +56,18 @@ private:
 
     FrameOptions mFrame;
     StillOptions mStill;
+};
+
+class CompareCommands {
+public:
+    explicit CompareCommands(CommandGrammar inRoot);
+
+private:
+    void AddRaw(CommandGrammar inRoot);
+
+    CompareOptions mCompare;
+    RawWriteOptions mRawWrite;
+    std::vector<std::string> mRawFiles;
 };
 
 class DeviceCommands {
@@ -106,6 +120,8 @@ private:
 /// How windows are to look.
 void AddLook(CommandGrammar inCommand, DialogOptions& outOptions);
 
+/// What can be said of the form of a picture that is written; the option that names the file is added apart.
+void AddPictureForm(CommandGrammar inCommand, FrameForm& outForm, const char* inUsualSize);
 /// Empty when it is none.
 std::optional<kiomediatypes::PixelFormat> FormatNamed(const std::string& inName);
 /// The flag of commands that can tell what they would do.
