@@ -29,6 +29,8 @@ std::string ExamplesAndStatuses()
                {"trhost frame clip.mov --at 1.5s -o still.png",
                 "$$$/Halcyon/TrHost/Help/Examples/Frame=the picture on show at a time"},
                {"trhost still ColorBars --size 1280x720 --format v210 -o bars.raw"},
+               {"trhost compare expected.png made.png --diff difference.png",
+                "$$$/Halcyon/TrHost/Help/Examples/Compare=what differs between two pictures"},
                {"trhost --state /tmp/try --json cache list",
                 "$$$/Halcyon/TrHost/Help/Examples/Json=one JSON object a line"},
                {"trhost play clip.mov --from 1:05", "$$$/Halcyon/TrHost/Help/Examples/Play=hear its sound"},
@@ -102,7 +104,8 @@ public:
               "runs effects on them.",
               ExamplesAndStatuses(), ProgramVersion()),
           mMedia(mGrammar.Root()), mAssets(mGrammar.Root()), mPictures(mGrammar.Root()),
-          mDevices(mGrammar.Root()), mEffects(mGrammar.Root()), mDialogs(mGrammar.Root()), mScripts(mGrammar.Root())
+          mCompare(mGrammar.Root()), mDevices(mGrammar.Root()), mEffects(mGrammar.Root()),
+          mDialogs(mGrammar.Root()), mScripts(mGrammar.Root())
     {
         AddGlobalOptions(mGrammar.Root(), mOptions);
         mGrammar.Root()
@@ -138,6 +141,7 @@ private:
     MediaCommands mMedia;
     AssetCommands mAssets;
     PictureCommands mPictures;
+    CompareCommands mCompare;
     DeviceCommands mDevices;
     EffectCommands mEffects;
     DialogCommands mDialogs;

@@ -116,6 +116,29 @@ struct StillOptions {
 int WriteStill(Context& ioContext, const StillOptions& inOptions);
 int StillList(Context& ioContext);
 
+struct CompareOptions {
+    std::string a; ///< a picture, or a folder of them; so is b
+    std::string b;
+    std::optional<std::string> difference; ///< where to paint what differs: a file, or a folder
+    std::optional<std::string> report;     ///< a folder for a page
+    float tolerance = 0;                   ///< of full scale
+    int jobs = 0;                          ///< 0 = as many as there are processors
+};
+/// @return kExit_Done when all is the same, kExit_Negative when something differs, kExit_Failed when
+/// something
+///     could not be compared.
+int Compare(Context& ioContext, const CompareOptions& inOptions);
+
+struct RawWriteOptions {
+    std::string source; ///< PNG, raw frame or clip
+    std::optional<MediaTime> at;
+    std::optional<int> stream;
+    FrameForm form;
+};
+int RawWrite(Context& ioContext, const RawWriteOptions& inOptions);
+/// @return kExit_Negative when one is no valid frame.
+int RawInfo(Context& ioContext, const std::vector<std::string>& inFiles);
+
 struct PlayOptions {
     std::string media;
     int stream = -1; ///< -1 = the first one with sound

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "FrameTime.h"
 
 #include "../support/Failure.h"
 #include "../support/Interrupt.h"
@@ -30,23 +31,6 @@ struct Decoded {
     UTF16String offlineReason;
 };
 
-TickTime TimeIn(const media::StreamInfo& inStream, const FrameOptions& inOptions)
-{
-    if (!inOptions.at.frame) {
-        return inOptions.at.time;
-    }
-    if (inStream.framesPerSecond <= 0) {
-        throw Failure(
-            kExit_Negative,
-            Text("$$$/Halcyon/TrHost/NoFrameRate=--at @0f: the frame rate of @1 is not known; give a "
-                 "time, such as 1.5s",
-                 {ToUTF16(std::to_string(*inOptions.at.frame)),
-                  kiocore::filesupport::FromNative(inOptions.media)}));
-    }
-    // Its middle: at its start a container's coarse clock may still show the one before.
-    return TickTime::FromSeconds((double(*inOptions.at.frame) + 0.5) / inStream.framesPerSecond);
-}
-
 /// Media that is fine but has no such pictures is no offline media: the picture of that would hide a mistake.
 bool IsReadable(media::IMediaModule& inModule, const std::string& inMedia)
 {
@@ -71,7 +55,7 @@ Decoded Decode(const FrameOptions& inOptions)
     try {
         const auto reader =
             module.OpenVideo(inOptions.media, inOptions.stream.value_or(-1), InterruptCancel());
-        const TickTime time = TimeIn(reader->Stream(), inOptions);
+        const TickTime time = TimeIn(reader->Stream(), inOptions.at, inOptions.media);
         decoded.seconds = time.Seconds();
         decoded.picture = reader->FrameAt(time, InterruptCancel());
         return decoded;

@@ -1,5 +1,7 @@
 #include "FrameOutput.h"
 
+#include "RawFrameFile.h"
+
 #include <VF/PNG.h>
 #include <VF/VideoFrameManipulators.h>
 #include <VF/VideoFrames.h>
@@ -7,8 +9,6 @@
 #include <kiocore/filesupport/AtomicFile.h>
 #include <kiocore/filesupport/NativePath.h>
 
-#include <algorithm>
-#include <cstring>
 #include <filesystem>
 
 namespace trhost {
@@ -18,38 +18,6 @@ namespace {
 using namespace kiomediatypes;
 using kiocore::utility::DecimalText;
 using kiocore::utility::ToUTF16;
-
-constexpr std::uint32_t kRawMagic = 0x56465257;
-constexpr std::uint32_t kRawVersion = 0x00010002;
-
-void AppendLittle(std::string& ioBytes, std::uint32_t inNumber)
-{
-    for (int shift = 0; shift < 32; shift += 8) {
-        ioBytes += char(inNumber >> shift);
-    }
-}
-
-/// @param inFrame  of one plane.
-std::string RawBytes(const MF::IVideoFrameRef& inFrame)
-{
-    const kiocore::InterfaceRef<VF::IVideoFrameMemoryAccess> memory(inFrame);
-    const VF::FrameLayout layout =
-        VF::LayoutOf(inFrame->GetPixelFormat(), inFrame->GetWidth(), inFrame->GetHeight(), true);
-    const auto rowBytes = std::size_t(layout.planes[0].rowBytes);
-    const PixelAspectRatio shape = inFrame->GetPixelAspectRatio();
-    std::string bytes;
-    bytes.reserve(8 * sizeof(std::uint32_t) + std::size_t(layout.sizeBytes));
-    for (const std::uint32_t field :
-         {kRawMagic, kRawVersion, std::uint32_t(inFrame->GetPixelFormat()), inFrame->GetWidth(),
-          inFrame->GetHeight(), std::uint32_t(rowBytes), shape.numerator, shape.denominator}) {
-        AppendLittle(bytes, field);
-    }
-    for (std::uint32_t row = inFrame->GetHeight(); row-- > 0;) {
-        const std::byte* const pixels = memory->GetPixels() + row * memory->GetRowBytes();
-        bytes.append(reinterpret_cast<const char*>(pixels), rowBytes);
-    }
-    return bytes;
-}
 
 std::string LowerExtension(const std::string& inPath)
 {
@@ -65,7 +33,7 @@ std::string LowerExtension(const std::string& inPath)
 FrameOutput::FrameOutput(const FrameForm& inForm) : mForm(inForm)
 {
     const std::string extension = LowerExtension(inForm.output);
-    mIsRaw = extension == ".raw";
+    mIsRaw = inForm.isAlwaysRaw || extension == ".raw";
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(inForm.output, error);
     mPath = kiocore::filesupport::FromNative(error ? inForm.output : absolute.native());
@@ -128,7 +96,7 @@ void FrameOutput::Write(const MF::IVideoFrameRef& inFrame) const
     constexpr auto kDurability = kiocore::filesupport::Durability::kFile;
     kiocore::filesupport::SaveResult saved;
     if (mIsRaw) {
-        saved = SaveFileAtomically(mPath, RawBytes(inFrame), kDurability);
+        saved = SaveFileAtomically(mPath, RawFrameBytes(inFrame), kDurability);
     } else {
         const auto png = VF::CompressPNG(inFrame);
         if (!png) {

@@ -13,7 +13,8 @@ namespace trhost {
 
 /// What was asked of a picture that is written to a file.
 struct FrameForm {
-    std::string output; ///< in the system's bytes
+    std::string output;       ///< in the system's bytes
+    bool isAlwaysRaw = false; ///< a raw frame, whatever the name ends in
     std::optional<PictureSize> size;
     kiomediatypes::PixelFormat format = kiomediatypes::kPixelFormat_Any;
     std::optional<kiomediatypes::PixelAspectRatio> pixelAspectRatio;

@@ -3,6 +3,7 @@
 #include <VF/VideoFrames.h>
 
 #include <charconv>
+#include <cmath>
 #include <string>
 
 namespace trhost {
@@ -108,6 +109,31 @@ std::optional<kiomediatypes::RenderQuality> ParseRenderQuality(std::string_view 
            : inText == "medium" ? std::optional(kiomediatypes::kRenderQuality_Medium)
            : inText == "high"   ? std::optional(kiomediatypes::kRenderQuality_High)
                                 : std::nullopt;
+}
+
+std::optional<float> ParseTolerance(std::string_view inText)
+{
+    double divisor = 1;
+    if (inText.ends_with('%')) {
+        divisor = 100;
+        inText.remove_suffix(1);
+    } else if (const std::size_t slash = inText.find('/'); slash != std::string_view::npos) {
+        const auto steps = ParseWhole<std::uint32_t>(inText.substr(slash + 1));
+        if (!steps || *steps == 0) {
+            return std::nullopt;
+        }
+        divisor = *steps;
+        inText = inText.substr(0, slash);
+    }
+    double number = 0;
+    const char* const end = inText.data() + inText.size();
+    const auto [stop, error] = std::from_chars(inText.data(), end, number, std::chars_format::fixed);
+    const double part = number / divisor;
+    if (error != std::errc() || stop != end || !(part >= 0 && part <= 1)) {
+        return std::nullopt;
+    }
+    const auto rounded = float(part);
+    return double(rounded) < part ? std::nextafter(rounded, 1.0f) : rounded;
 }
 
 std::optional<MediaTime> ParseMediaTime(std::string_view inText)

@@ -25,6 +25,10 @@ std::optional<kiomediatypes::PixelAspectRatio> ParsePixelAspectRatio(std::string
 /// "draft", "medium", "high".
 std::optional<kiomediatypes::RenderQuality> ParseRenderQuality(std::string_view inText);
 
+/// How much channels may differ, of full scale: "0.01", "1%", "2/255". Empty when it is no part from 0 to 1.
+/// Never less than what was said, so that a difference of just as much is within it.
+std::optional<float> ParseTolerance(std::string_view inText);
+
 /// A place in media: a time from its start, or a frame of the rate that it has.
 struct MediaTime {
     kiomediatypes::TickTime time = kiomediatypes::TickTime::Zero();

@@ -6,7 +6,9 @@
 #include "../ScriptOptions.h"
 #include "Grammar.h"
 
+#include <optional>
 #include <string>
+#include <vector>
 
 /// What can be said on the command line, in groups. Each adds its commands to the grammar, holds the values
 /// that they fill, and must outlive the grammar's run.
@@ -55,6 +57,18 @@ private:
 
     FrameOptions mFrame;
     StillOptions mStill;
+};
+
+class CompareCommands {
+public:
+    explicit CompareCommands(CommandGrammar inRoot);
+
+private:
+    void AddRaw(CommandGrammar inRoot);
+
+    CompareOptions mCompare;
+    RawWriteOptions mRawWrite;
+    std::vector<std::string> mRawFiles;
 };
 
 class DeviceCommands {
@@ -115,6 +129,8 @@ private:
 /// How windows are to look.
 void AddLook(CommandGrammar inCommand, DialogOptions& outOptions);
 
+/// What can be said of the form of a picture that is written; the option that names the file is added apart.
+void AddPictureForm(CommandGrammar inCommand, FrameForm& outForm, const char* inUsualSize);
 /// Empty when it is none.
 std::optional<kiomediatypes::PixelFormat> FormatNamed(const std::string& inName);
 /// The flag of commands that can tell what they would do.

@@ -21,15 +21,10 @@ UTF16String FormatNames()
     return kiocore::utility::ToUTF16(names);
 }
 
-/// @return the option that names the file.
-OptionGrammar AddFrameForm(CommandGrammar inCommand, FrameForm& outForm, const char* inUsualSize)
+} // namespace
+
+void AddPictureForm(CommandGrammar inCommand, FrameForm& outForm, const char* inUsualSize)
 {
-    const OptionGrammar output =
-        inCommand
-            .Option("-o,--output", outForm.output,
-                    "$$$/Halcyon/TrHost/Help/FrameForm/Output=File to write: .png or .raw; replaced if there")
-            .Required()
-            .Type("FILE");
     inCommand
         .ParsedInto(
             "--size", inUsualSize,
@@ -54,6 +49,20 @@ OptionGrammar AddFrameForm(CommandGrammar inCommand, FrameForm& outForm, const c
             "$$$/Halcyon/TrHost/Help/Expected/FrameFormQuality=draft, medium or high", &ParseRenderQuality,
             outForm.quality)
         .Type("QUALITY");
+}
+
+namespace {
+
+/// @return the option that names the file.
+OptionGrammar AddFrameForm(CommandGrammar inCommand, FrameForm& outForm, const char* inUsualSize)
+{
+    const OptionGrammar output =
+        inCommand
+            .Option("-o,--output", outForm.output,
+                    "$$$/Halcyon/TrHost/Help/FrameForm/Output=File to write: .png or .raw; replaced if there")
+            .Required()
+            .Type("FILE");
+    AddPictureForm(inCommand, outForm, inUsualSize);
     return output;
 }
 
