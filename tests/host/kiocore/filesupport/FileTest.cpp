@@ -73,6 +73,27 @@ TEST(File, AnswersAndDeletes)
     EXPECT_EQ(ErrnoOf([&] { kept.Delete(); }), EACCES);
 }
 
+TEST(File, TellsItsExtensionAsItStands)
+{
+    const struct {
+        const char16_t* path;
+        const char16_t* withDot;
+    } kCases[] = {
+        {u"/a/b.png", u".png"},   {u"/a/b.PNG", u".PNG"},
+        {u"/a/b.tar.gz", u".gz"}, {u"/a.b/c", u""},
+        {u"/a.b/.hidden", u""},   {u"/a/b.", u"."},
+        {u"b.png", u".png"},      {u".png", u""},
+        {u"/a/.hidden.x", u".x"}, {u"", u""},
+    };
+    for (const auto& test : kCases) {
+        const File file(test.path);
+        const kiocore::UTF16String withDot = test.withDot;
+        EXPECT_EQ(file.GetExtension(true), withDot) << kiocore::utility::ToUTF8(test.path);
+        EXPECT_EQ(file.GetExtension(false), withDot.empty() ? withDot : withDot.substr(1))
+            << kiocore::utility::ToUTF8(test.path);
+    }
+}
+
 TEST(Dir, PreferencesLieWhereTheHostSaysOrBelowTheConfigurationFolder)
 {
     const char* const before = std::getenv("XDG_CONFIG_HOME");

@@ -56,6 +56,21 @@ TEST(IPlatformByteStream, ReadsBlockByBlockWhateverTheSystemCutsShort)
     }
 }
 
+TEST(IPlatformByteStream, ReadsOnFromAPosition)
+{
+    const TemporaryFolder folder;
+    IPlatformByteStream stream(WriteFile(folder / "file", "0123456789"));
+    const auto read = [&stream](std::uint64_t inPosition) {
+        stream.SetPosition(inPosition);
+        char bytes[4];
+        return std::string(bytes, stream.ReadBlock(bytes, sizeof(bytes)));
+    };
+    EXPECT_EQ(read(5), "5678");
+    EXPECT_EQ(read(0), "0123");
+    EXPECT_EQ(read(8), "89");
+    EXPECT_EQ(read(1000), "");
+}
+
 TEST(IPlatformByteStream, RefusesWhatIsNoFileAndTellsOfFailures)
 {
     TemporaryFolder folder;
