@@ -3,6 +3,7 @@
 #include <kiocore/debug/Trace.h>
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <mutex>
 
@@ -21,6 +22,7 @@ struct Transformation {
 
 /// Never destroyed: libraries are unloaded after everything else.
 struct Registrations {
+    std::atomic<std::uint64_t> version{1};
     std::mutex lock;                   // guards the members below
     std::vector<Registration> classes; // in the order of registration
     std::vector<Transformation> transformations;
@@ -75,6 +77,11 @@ ClassDefinitionPtr LastOf(Predicate inPredicate)
 
 } // namespace
 
+std::uint64_t ClassRegistry::Version()
+{
+    return All().version.load();
+}
+
 std::vector<ClassDefinitionPtr> ClassRegistry::AllClasses()
 {
     std::map<std::string, ClassDefinitionPtr> byName;
@@ -110,6 +117,7 @@ ScriptObjectDefinitionInitiator::ScriptObjectDefinitionInitiator(DefineFunction 
     Registrations& all = All();
     std::lock_guard lock(all.lock);
     all.classes.push_back({this, inDefine, nullptr});
+    ++all.version;
 }
 
 ScriptObjectDefinitionInitiator::~ScriptObjectDefinitionInitiator()
@@ -117,6 +125,7 @@ ScriptObjectDefinitionInitiator::~ScriptObjectDefinitionInitiator()
     Registrations& all = All();
     std::lock_guard lock(all.lock);
     std::erase_if(all.classes, [this](const Registration& inOne) { return inOne.owner == this; });
+    ++all.version;
 }
 
 ScriptObjectDefinitionRegistrar::ScriptObjectDefinitionRegistrar(DefineFunction inDefine,

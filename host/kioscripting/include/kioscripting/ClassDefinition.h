@@ -2,6 +2,7 @@
 
 #include <kioscripting/Value.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -80,6 +81,8 @@ using ClassDefinitionPtr = std::shared_ptr<const ClassDefinition>;
 /// Threading: any thread.
 class KIO_EXPORT ClassRegistry {
 public:
+    /// Another number after every registration and withdrawal.
+    static std::uint64_t Version();
     /// Sorted by qualified name.
     static std::vector<ClassDefinitionPtr> AllClasses();
     /// Empty when there is none.

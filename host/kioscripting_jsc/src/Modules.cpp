@@ -1,0 +1,91 @@
+#include "Modules.h"
+
+#include "Bridge.h"
+#include "Runtime.h"
+#include "Text.h"
+
+#include <kioscripting/Engine.h>
+
+namespace kioscripting_jsc {
+namespace {
+
+std::string FolderOf(const std::string& inPath)
+{
+    const std::size_t end = inPath.rfind('/');
+    return end == std::string::npos ? "." : end == 0 ? "/" : inPath.substr(0, end);
+}
+
+/// The line of a script for a shell is no script's.
+std::string WithoutShebang(const std::string& inText)
+{
+    return inText.starts_with("#!") ? "//" + inText.substr(2) : inText;
+}
+
+} // namespace
+
+JSObjectRef ModuleCache::Natives()
+{
+    const JSObjectRef natives = JSObjectMake(mRuntime.context, nullptr, nullptr);
+    SetMember(mRuntime, natives, "load",
+              MakeFunction(mRuntime, "kio:load",
+                           [](Runtime& inRuntime, std::span<const JSValueRef> inArguments) {
+                               if (!JSValueIsString(inRuntime.context, inArguments[1])) {
+                                   throw WrongUse("require: expected the name of a module");
+                               }
+                               return inRuntime.modules.Load(TextOf(inRuntime.context, inArguments[0]),
+                                                             TextOf(inRuntime.context, inArguments[1]));
+                           }));
+    return natives;
+}
+
+void ModuleCache::Offer(const std::string& inFile)
+{
+    if (mRuntime.settings.loadModule) {
+        const JSValueRef require =
+            mRuntime.Call(mRuntime.functions.makeRequire, {MakeText(mRuntime.context, inFile)});
+        mRuntime.Call(mRuntime.functions.defineRequire, {require});
+    }
+}
+
+JSValueRef ModuleCache::Load(const std::string& inFromFile, const std::string& inName)
+{
+    mRuntime.limits.Check();
+    const kioscripting::ModuleSource source = mRuntime.settings.loadModule(inName, inFromFile);
+    if (const auto known = mModules.find(source.path); known != mModules.end()) {
+        return mRuntime.Get(const_cast<JSObjectRef>(known->second.Get()), "exports");
+    }
+    const auto module = const_cast<JSObjectRef>(
+        mRuntime.Call(mRuntime.functions.makeModule, {MakeText(mRuntime.context, source.path)}));
+    mModules.emplace(source.path, Protected(mRuntime.context, module));
+    try {
+        Run(module, source.path, source.text);
+    } catch (...) {
+        mModules.erase(source.path); // asked for again, it is to fail again
+        throw;
+    }
+    return mRuntime.Get(module, "exports");
+}
+
+void ModuleCache::Run(JSObjectRef inModule, const std::string& inPath, const std::string& inText)
+{
+    const JSContextRef context = mRuntime.context;
+    if (inPath.ends_with(".json")) {
+        mRuntime.Call(mRuntime.functions.runData, {inModule, MakeText(context, inText)});
+        return;
+    }
+    static constexpr const char* kParameters[] = {"exports", "require", "module", "__filename", "__dirname"};
+    const ScText parameters[] = {ScText(kParameters[0]), ScText(kParameters[1]), ScText(kParameters[2]),
+                                 ScText(kParameters[3]), ScText(kParameters[4])};
+    const JSStringRef names[] = {parameters[0].Get(), parameters[1].Get(), parameters[2].Get(),
+                                 parameters[3].Get(), parameters[4].Get()};
+    JSValueRef thrown = nullptr;
+    const JSObjectRef compiled =
+        JSObjectMakeFunction(context, nullptr, 5, names, ScText(WithoutShebang(inText)).Get(),
+                             ScText(inPath).Get(), 1, &thrown);
+    if (!compiled) {
+        throw ScriptThrown{Protected(context, thrown)};
+    }
+    mRuntime.Call(mRuntime.functions.run, {inModule, compiled, MakeText(context, FolderOf(inPath))});
+}
+
+} // namespace kioscripting_jsc
