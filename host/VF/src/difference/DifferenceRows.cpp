@@ -21,8 +21,10 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 // A step takes this many vectors at once: where they are equal, as most are, one test says so.
 constexpr std::size_t kStepVectors = 4;
-// Processors fetch ahead by themselves, but stop at each page; this looks over its edge.
-constexpr std::size_t kPrefetchBytes = 1024;
+// Processors fetch ahead by themselves, but stop at each page. A step that differs is only known to once it
+// has arrived, and what was begun beyond it is done again.
+constexpr std::size_t kPrefetchBytes = 384;
+constexpr std::size_t kLineBytes = 64;
 
 template <typename T>
 using Tag = hn::ScalableTag<T>;
@@ -33,6 +35,12 @@ template <typename T>
 using PixelTag = hn::Repartition<std::conditional_t<sizeof(T) == 1, std::uint32_t, std::uint64_t>, Tag<T>>;
 template <typename T>
 using PixelVector = hn::Vec<PixelTag<T>>;
+/// Of what will not be needed again soon.
+HWY_INLINE void Prefetch(const std::byte* inFrom)
+{
+    __builtin_prefetch(inFrom + kPrefetchBytes, 0, 0);
+}
+
 template <Painting kPainting, class D, class V>
 HWY_INLINE void Put(V inValue, D inTag, hn::TFromD<D>* outAt)
 {
@@ -71,14 +79,27 @@ HWY_INLINE void AddSquares(Vector<std::uint16_t> inDifference, PixelVector<std::
     }
 }
 
-/// 64 + 0.75 d of 255, to the nearest, halves up.
-template <typename T>
-HWY_INLINE Vector<T> Lifted(Vector<T> inDifference)
+/// 64 + 0.75 d of 255, to the nearest, halves up: the mean of d and d / 2, rounded up, is 0.75 d rounded so.
+HWY_INLINE Vector<std::uint8_t> Lifted(Vector<std::uint8_t> inDifference)
 {
-    const Tag<T> d;
-    const auto quarter = hn::ShiftRight<1>(hn::AverageRound(inDifference, hn::Zero(d)));
-    constexpr T kLift = sizeof(T) == 1 ? T{64} : static_cast<T>(64 * 257);
-    return hn::SaturatedAdd(hn::Sub(inDifference, quarter), hn::Set(d, kLift));
+    const Tag<std::uint8_t> d;
+    const hn::Repartition<std::uint16_t, Tag<std::uint8_t>> words;
+    // What a neighbour shifts into the upper bit does not matter: 128 there adds the 64.
+    const auto half = hn::BitCast(d, hn::ShiftRight<1>(hn::BitCast(words, inDifference)));
+    return hn::AverageRound(inDifference, hn::Or(half, hn::Set(d, 128)));
+}
+HWY_INLINE Vector<std::uint16_t> Lifted(Vector<std::uint16_t> inDifference)
+{
+    const Tag<std::uint16_t> d;
+    const auto mean = hn::AverageRound(inDifference, hn::ShiftRight<1>(inDifference));
+    return hn::SaturatedAdd(mean, hn::Set(d, 64 * 257));
+}
+
+template <class V>
+HWY_INLINE bool IsZero(V inVector)
+{
+    const hn::DFromV<V> d;
+    return hn::AllTrue(d, hn::Eq(inVector, hn::Zero(d)));
 }
 
 template <typename T, bool kAlphaFirst>
@@ -92,86 +113,111 @@ HWY_INLINE PixelVector<T> AlphaMask()
     }
 }
 
-/// Makes a pixel of which only alpha is left grey. Colours' own alpha is opaque anyway.
+/// Makes pixels of which only alpha is left grey. Colours' own alpha is opaque anyway.
 template <typename T, bool kAlphaFirst>
 HWY_INLINE PixelVector<T> GreyOfAlpha(PixelVector<T> inPainted)
 {
-    const PixelTag<T> pixels;
     const auto alpha = hn::And(inPainted, AlphaMask<T, kAlphaFirst>());
-    if (HWY_LIKELY(hn::AllTrue(pixels, hn::Eq(alpha, hn::Zero(pixels))))) {
-        return inPainted;
-    }
     constexpr int kBits = sizeof(T) * 8;
     const auto two = hn::Or(alpha, kAlphaFirst ? hn::ShiftLeft<kBits>(alpha) : hn::ShiftRight<kBits>(alpha));
     const auto four =
         hn::Or(two, kAlphaFirst ? hn::ShiftLeft<kBits * 2>(two) : hn::ShiftRight<kBits * 2>(two));
-    const auto isAlphaOnly = hn::Eq(alpha, inPainted); // 0 in both is black either way
-    return hn::IfThenElse(isAlphaOnly, four, inPainted);
+    return hn::IfThenElse(hn::Eq(alpha, inPainted), four, inPainted); // 0 in both is black either way
 }
 
-template <typename T, bool kAlphaFirst, Painting kPainting>
-HWY_INLINE Vector<T> CompareVector(const T* inFirst, const T* inSecond, Vector<T> inTolerance, T* outPainted,
-                                   Vector<T>& ioLargest, PixelVector<T>& ioEqual, PixelVector<T>& ioSquares)
+template <typename T>
+HWY_INLINE Vector<T> DifferenceAt(const T* inFirst, const T* inSecond)
+{
+    const Tag<T> d;
+    const auto a = hn::LoadU(d, inFirst);
+    const auto b = hn::LoadU(d, inSecond);
+    return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));
+}
+
+/// What is summed up over a row, each lane for itself. Borrowed.
+template <typename T>
+struct Totals {
+    Vector<T>& largest;
+    PixelVector<T>& equal; // pixels
+    PixelVector<T>& squares;
+};
+
+template <typename T>
+HWY_INLINE void AddUp(Vector<T> inDifference, Vector<T> inExcess, const Totals<T>& ioTotals)
+{
+    const PixelTag<T> pixels;
+    ioTotals.largest = hn::Max(ioTotals.largest, inDifference);
+    AddSquares(inDifference, ioTotals.squares);
+    const auto equal = hn::Eq(hn::BitCast(pixels, inExcess), hn::Zero(pixels));
+    ioTotals.equal = hn::Sub(ioTotals.equal, hn::VecFromMask(pixels, equal));
+}
+
+template <typename T, bool kAlphaFirst, Painting kPainting, bool kAlphaToo>
+HWY_INLINE void Paint(Vector<T> inDifference, Vector<T> inExcess, T* outPainted)
 {
     const Tag<T> d;
     const PixelTag<T> pixels;
-    const auto a = hn::LoadU(d, inFirst);
-    const auto b = hn::LoadU(d, inSecond);
-    const auto difference = hn::Sub(hn::Max(a, b), hn::Min(a, b));
-    const auto excess = hn::SaturatedSub(difference, inTolerance);
-    ioLargest = hn::Max(ioLargest, difference);
-    AddSquares(difference, ioSquares);
-    const auto equal = hn::Eq(hn::BitCast(pixels, excess), hn::Zero(pixels));
-    ioEqual = hn::Sub(ioEqual, hn::BitCast(pixels, hn::VecFromMask(pixels, equal)));
-    if constexpr (kPainting != Painting::kNone) {
-        const auto within = hn::VecFromMask(d, hn::Eq(excess, hn::Zero(d)));
-        const auto painted =
-            GreyOfAlpha<T, kAlphaFirst>(hn::BitCast(pixels, hn::AndNot(within, Lifted<T>(difference))));
-        Put<kPainting>(hn::BitCast(d, hn::Or(painted, AlphaMask<T, kAlphaFirst>())), d, outPainted);
+    const auto within = hn::VecFromMask(d, hn::Eq(inExcess, hn::Zero(d)));
+    auto painted = hn::BitCast(pixels, hn::AndNot(within, Lifted(inDifference)));
+    if constexpr (kAlphaToo) {
+        painted = GreyOfAlpha<T, kAlphaFirst>(painted);
     }
-    return excess;
-}
-
-/// Whether a step's vectors are equal.
-template <typename T>
-HWY_INLINE bool StepIsEqual(const T* inFirst, const T* inSecond)
-{
-    const Tag<T> d;
-    const std::size_t lanes = hn::Lanes(d);
-    const auto apart = [&](std::size_t inAt) HWY_ATTR {
-        return hn::Xor(hn::LoadU(d, inFirst + inAt), hn::LoadU(d, inSecond + inAt));
-    };
-    const auto any = hn::Or(hn::Or(apart(0), apart(lanes)), hn::Or(apart(2 * lanes), apart(3 * lanes)));
-    return hn::AllTrue(d, hn::Eq(any, hn::Zero(d)));
+    Put<kPainting>(hn::BitCast(d, hn::Or(painted, AlphaMask<T, kAlphaFirst>())), d, outPainted);
 }
 
 template <typename T, bool kAlphaFirst, Painting kPainting>
 HWY_INLINE void PaintBlack(T* outPainted)
 {
-    if constexpr (kPainting != Painting::kNone) {
-        const Tag<T> d;
-        const auto black = hn::BitCast(d, AlphaMask<T, kAlphaFirst>());
-        for (std::size_t vector = 0; vector < kStepVectors; ++vector) {
-            Put<kPainting>(black, d, outPainted + vector * hn::Lanes(d));
-        }
+    const Tag<T> d;
+    const auto black = hn::BitCast(d, AlphaMask<T, kAlphaFirst>());
+    for (std::size_t vector = 0; vector < kStepVectors; ++vector) {
+        Put<kPainting>(black, d, outPainted + vector * hn::Lanes(d));
     }
 }
 
-/// @return whether a pixel differs.
+enum class Step { kEqual, kWithin, kDiffers };
+
 template <typename T, bool kAlphaFirst, Painting kPainting>
-HWY_INLINE bool CompareStep(const T* inFirst, const T* inSecond, Vector<T> inTolerance, T* outPainted,
-                            Vector<T>& ioLargest, PixelVector<T>& ioEqual, PixelVector<T>& ioSquares)
+HWY_INLINE Step CompareStep(const T* inFirst, const T* inSecond, Vector<T> inTolerance, T* outPainted,
+                            const Totals<T>& ioTotals)
 {
     const Tag<T> d;
-    auto excess = hn::Zero(d);
-    for (std::size_t vector = 0; vector < kStepVectors; ++vector) {
-        const std::size_t at = vector * hn::Lanes(d);
-        excess = hn::Or(excess, CompareVector<T, kAlphaFirst, kPainting>(
-                                    inFirst + at, inSecond + at, inTolerance,
-                                    kPainting == Painting::kNone ? outPainted : outPainted + at, ioLargest,
-                                    ioEqual, ioSquares));
+    const std::size_t lanes = hn::Lanes(d);
+    const auto d0 = DifferenceAt(inFirst, inSecond);
+    const auto d1 = DifferenceAt(inFirst + lanes, inSecond + lanes);
+    const auto d2 = DifferenceAt(inFirst + 2 * lanes, inSecond + 2 * lanes);
+    const auto d3 = DifferenceAt(inFirst + 3 * lanes, inSecond + 3 * lanes);
+    const auto any = hn::Or(hn::Or(d0, d1), hn::Or(d2, d3));
+    if (IsZero(any)) {
+        if constexpr (kPainting != Painting::kNone) {
+            PaintBlack<T, kAlphaFirst, kPainting>(outPainted);
+        }
+        return Step::kEqual;
     }
-    return !hn::AllTrue(d, hn::Eq(excess, hn::Zero(d)));
+    const auto e0 = hn::SaturatedSub(d0, inTolerance);
+    const auto e1 = hn::SaturatedSub(d1, inTolerance);
+    const auto e2 = hn::SaturatedSub(d2, inTolerance);
+    const auto e3 = hn::SaturatedSub(d3, inTolerance);
+    AddUp(d0, e0, ioTotals);
+    AddUp(d1, e1, ioTotals);
+    AddUp(d2, e2, ioTotals);
+    AddUp(d3, e3, ioTotals);
+    const auto excess = hn::Or(hn::Or(e0, e1), hn::Or(e2, e3));
+    if constexpr (kPainting != Painting::kNone) {
+        const auto paint = [&](auto inAlphaToo) HWY_ATTR {
+            constexpr bool kAlphaToo = decltype(inAlphaToo)::value;
+            Paint<T, kAlphaFirst, kPainting, kAlphaToo>(d0, e0, outPainted);
+            Paint<T, kAlphaFirst, kPainting, kAlphaToo>(d1, e1, outPainted + lanes);
+            Paint<T, kAlphaFirst, kPainting, kAlphaToo>(d2, e2, outPainted + 2 * lanes);
+            Paint<T, kAlphaFirst, kPainting, kAlphaToo>(d3, e3, outPainted + 3 * lanes);
+        };
+        if (HWY_LIKELY(IsZero(hn::And(excess, hn::BitCast(d, AlphaMask<T, kAlphaFirst>()))))) {
+            paint(std::false_type());
+        } else {
+            paint(std::true_type());
+        }
+    }
+    return IsZero(excess) ? Step::kWithin : Step::kDiffers;
 }
 
 template <typename T>
@@ -231,44 +277,46 @@ RowDifference CompareRow(const T* inFirst, const T* inSecond, std::uint32_t inPi
     auto largest = hn::Zero(d);
     auto equal = hn::Zero(pixelTag);
     auto squares = hn::Zero(pixelTag);
+    const Totals<T> totals{largest, equal, squares};
     std::uint32_t looked = 0; // pixels that were not plainly equal
     bool any = false;
     RowDifference result;
-    const auto note = [&](std::uint32_t inPixel) {
-        result.first = any ? result.first : inPixel;
-        result.last = inPixel;
-        any = true;
+    const auto note = [&](Step inStep, std::uint32_t inPixel) {
+        looked += inStep == Step::kEqual ? 0 : stepPixels;
+        if (inStep == Step::kDiffers) {
+            result.first = any ? result.first : inPixel;
+            result.last = inPixel;
+            any = true;
+        }
     };
     std::uint32_t pixel = 0;
     for (; pixel + stepPixels <= inPixels; pixel += stepPixels) {
-        const T* const a = inFirst + std::size_t{pixel} * 4;
-        const T* const b = inSecond + std::size_t{pixel} * 4;
-        T* const out = kPainting == Painting::kNone ? nullptr : outPainted + std::size_t{pixel} * 4;
-        if (StepIsEqual(a, b)) {
-            PaintBlack<T, kAlphaFirst, kPainting>(out);
-        } else {
-            looked += stepPixels;
-            if (CompareStep<T, kAlphaFirst, kPainting>(a, b, tolerance, out, largest, equal, squares)) {
-                note(pixel);
-            }
+        const std::size_t at = std::size_t{pixel} * 4;
+        for (std::size_t ahead = 0; ahead < kStepVectors * hn::Lanes(d) * sizeof(T); ahead += kLineBytes) {
+            Prefetch(reinterpret_cast<const std::byte*>(inFirst + at) + ahead);
+            Prefetch(reinterpret_cast<const std::byte*>(inSecond + at) + ahead);
         }
+        note(CompareStep<T, kAlphaFirst, kPainting>(inFirst + at, inSecond + at, tolerance,
+                                                    kPainting == Painting::kNone ? nullptr : outPainted + at,
+                                                    totals),
+             pixel);
     }
     if (pixel < inPixels) {
         // What is missing to a step is equal.
         constexpr std::size_t kMost = kStepVectors * hn::MaxLanes(Tag<T>());
         HWY_ALIGN T tails[3][kMost] = {};
+        const std::size_t at = std::size_t{pixel} * 4;
         const std::size_t bytes = std::size_t{inPixels - pixel} * 4 * sizeof(T);
-        std::memcpy(tails[0], inFirst + std::size_t{pixel} * 4, bytes);
-        std::memcpy(tails[1], inSecond + std::size_t{pixel} * 4, bytes);
+        std::memcpy(tails[0], inFirst + at, bytes);
+        std::memcpy(tails[1], inSecond + at, bytes);
         constexpr Painting kTail = kPainting == Painting::kNone ? Painting::kNone : Painting::kCached;
-        looked += stepPixels;
-        if (CompareStep<T, kAlphaFirst, kTail>(tails[0], tails[1], tolerance, tails[2], largest, equal,
-                                               squares)) {
-            note(pixel);
-        }
+        note(CompareStep<T, kAlphaFirst, kTail>(tails[0], tails[1], tolerance, tails[2], totals), pixel);
         if constexpr (kPainting != Painting::kNone) {
-            std::memcpy(outPainted + std::size_t{pixel} * 4, tails[2], bytes);
+            std::memcpy(outPainted + at, tails[2], bytes);
         }
+    }
+    if (looked == 0) {
+        return result;
     }
     result.squares = SumOf(pixelTag, squares);
     result.pixels = looked - static_cast<std::uint32_t>(SumOf(pixelTag, equal));
