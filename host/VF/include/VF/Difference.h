@@ -4,6 +4,8 @@
 #include <kiocore/Export.h>
 
 #include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace VF {
@@ -74,5 +76,11 @@ KIO_EXPORT ComputedDifference ComputeDifferenceImages(const MF::IVideoFrameRef& 
                                                       const MF::IVideoFrameRef& outDifference,
                                                       float inTolerance,
                                                       DifferenceDetails* outDetails = nullptr);
+
+/// The figures as notes for the "tEXt" chunks of a difference picture (see PNGOptions): "Differing Pixels",
+/// "Variance" (per cent), "Bounding Box" ("left,top,width,height"), "Largest Difference" (of full scale) and
+/// "PSNR" (dB, or "infinite").
+KIO_EXPORT std::vector<std::pair<std::string, std::string>>
+DescribeDifference(const ComputedDifference& inDifference, const DifferenceDetails& inDetails);
 
 } // namespace VF

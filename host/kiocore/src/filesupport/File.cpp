@@ -14,6 +14,17 @@ namespace kiocore::filesupport {
 
 File::File(utility::UTF16String inPath) : mPath(std::move(inPath)) {}
 
+utility::UTF16String File::GetExtension(bool inWithDot) const
+{
+    KIO_HOST_CALL("kiocore::filesupport::File::GetExtension", mPath);
+    const std::size_t name = mPath.find_last_of(u'/') + 1; // 0 where there is no separator
+    const std::size_t dot = mPath.find_last_of(u'.');
+    if (dot == utility::UTF16String::npos || dot <= name) {
+        return {};
+    }
+    return mPath.substr(inWithDot ? dot : dot + 1);
+}
+
 bool File::Exists() const
 {
     KIO_HOST_CALL("kiocore::filesupport::File::Exists", mPath);

@@ -66,6 +66,14 @@ std::uint64_t IPlatformByteStream::Size() const
     return static_cast<std::uint64_t>(status.st_size);
 }
 
+void IPlatformByteStream::SetPosition(std::uint64_t inPosition)
+{
+    KIO_HOST_CALL("kiocore::filesupport::IPlatformByteStream::SetPosition", mPath, inPosition);
+    if (::lseek(mHandle, static_cast<off_t>(inPosition), SEEK_SET) < 0) {
+        throw file_exception("read", utility::ToUTF8(mPath), errno);
+    }
+}
+
 std::size_t IPlatformByteStream::ReadBlock(void* outBytes, std::size_t inSize)
 {
     KIO_HOST_CALL("kiocore::filesupport::IPlatformByteStream::ReadBlock", mPath, inSize);

@@ -21,6 +21,9 @@ public:
 
     /// Of the whole file, now.
     std::uint64_t Size() const;
+    /// Where the next call reads, from the start of the file; beyond its end there is nothing to read.
+    /// @throws file_exception.
+    void SetPosition(std::uint64_t inPosition);
     /// Reads on from where the last call ended, retrying what the system cut short.
     /// @return how many bytes came; fewer than asked for only at the end of the file.
     /// @throws file_exception.
