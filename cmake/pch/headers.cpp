@@ -1,0 +1,1 @@
+// Only there to carry the precompiled header that all libraries share.
