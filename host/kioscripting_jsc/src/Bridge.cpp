@@ -104,6 +104,7 @@ void LoadBridge(Runtime& inRuntime)
     const JSObjectRef values = Load(inRuntime, "Values", kValuesScript, nullptr);
     take(values, "kindOf", functions.kindOf);
     take(values, "keys", functions.keys);
+    take(values, "bytesOf", functions.bytesOf);
     take(values, "dateText", functions.dateText);
     take(values, "watch", functions.watch);
     const JSObjectRef inspect = Load(inRuntime, "Inspect", kInspectScript, nullptr);

@@ -24,6 +24,10 @@ void JSContextGroupClearExecutionTimeLimit(JSContextGroupRef inGroup);
 void JSGlobalContextSetUnhandledRejectionCallback(JSGlobalContextRef inContext, JSObjectRef inFunction,
                                                   JSValueRef* outException);
 
+/// Which signal stops threads while the engine looks for garbage. Before it has started.
+/// @return false when it cannot be had.
+bool JSConfigureSignalForGC(int inSignal);
+
 using JSWeakRef = struct OpaqueJSWeak*;
 JSWeakRef JSWeakCreate(JSContextGroupRef inGroup, JSObjectRef inObject);
 void JSWeakRelease(JSContextGroupRef inGroup, JSWeakRef inReference);

@@ -69,6 +69,8 @@ Facts FactsOf(Runtime& inRuntime, JSValueRef inThrown)
         facts.code = static_cast<std::uint32_t>(number(1));
     }
     facts.place = {text(2), static_cast<int>(number(3)), static_cast<int>(number(4)), text(5)};
+    facts.place.column =
+        inRuntime.modules.ColumnInFile(facts.place.file, facts.place.line, facts.place.column);
     if (!JSValueIsString(context, at(0))) {
         facts.text = "uncaught " + inRuntime.Text(inRuntime.Call(inRuntime.functions.inspect, {inThrown}));
     }

@@ -4,6 +4,7 @@
 #include "Runtime.h"
 #include "Text.h"
 #include "Values.h"
+#include "platform/EngineStart.h"
 
 #include <kiocore/config/Errors.h>
 #include <kiocore/debug/Trace.h>
@@ -56,6 +57,7 @@ public:
     }
 
 private:
+    const platform::ScScriptThread mThread;
     Runtime& mRuntime;
     ScRun*& mInnermost;
     ScRun* const mOuter;
@@ -97,6 +99,7 @@ public:
     void CollectGarbage() override
     {
         KIO_HOST_CALL("kioscripting::CollectGarbage");
+        const platform::ScScriptThread thread;
         JSSynchronousGarbageCollectForDebugging(mRuntime.context);
         mRuntime.handles.ReleaseUnused();
     }
@@ -119,6 +122,7 @@ private:
     JSValueRef Run(std::string_view inSource, const std::string& inFile, int inFirstLine);
     JSValueRef Settled(JSObjectRef inOutcome);
     void ThrowRejections();
+    std::string SyntaxFailure(std::string_view inSource);
 
     Runtime mRuntime;
     ScRun* mRun = nullptr; // the innermost: natives may evaluate too
@@ -175,22 +179,22 @@ void Engine::ThrowRejections()
 
 bool Engine::IsIncomplete(std::string_view inSource)
 {
-    JSValueRef thrown = nullptr;
-    if (JSCheckScriptSyntax(mRuntime.context, ScText(inSource).Get(), nullptr, 1, &thrown) || !thrown) {
-        return false;
-    }
-    static constexpr const char* kEnds[] = {"Unexpected end of script", "Unexpected EOF",
-                                            "Unterminated template literal",
-                                            "Multiline comment was not closed properly"};
     return Translated([&] {
-        const std::string text = mRuntime.Text(thrown);
-        for (const char* const end : kEnds) {
-            if (text.find(end) != std::string::npos) {
-                return true;
-            }
+        std::string failure = SyntaxFailure(inSource);
+        if (failure.find("Unexpected EOF") != std::string::npos) { // a quote is open, perhaps one of many lines
+            return SyntaxFailure(std::string(inSource) + "`") != failure;
         }
-        return false;
+        return failure.find("Unexpected end of script") != std::string::npos ||
+               failure.find("Multiline comment was not closed properly") != std::string::npos;
     });
+}
+
+std::string Engine::SyntaxFailure(std::string_view inSource)
+{
+    JSValueRef thrown = nullptr;
+    const bool isScript =
+        JSCheckScriptSyntax(mRuntime.context, ScText(inSource).Get(), nullptr, 1, &thrown);
+    return isScript || !thrown ? std::string() : mRuntime.Text(thrown);
 }
 
 std::vector<std::string> Engine::Complete(std::string_view inText)
@@ -212,6 +216,8 @@ std::vector<std::string> Engine::Complete(std::string_view inText)
 std::unique_ptr<kioscripting::IScriptEngine> MakeEngine(kioscripting::EngineSettings inSettings)
 {
     KIO_HOST_CALL("kioscripting::MakeEngine");
+    platform::StartEngine();
+    const platform::ScScriptThread thread;
     return std::make_unique<Engine>(std::move(inSettings));
 }
 

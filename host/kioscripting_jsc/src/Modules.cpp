@@ -9,6 +9,8 @@
 namespace kioscripting_jsc {
 namespace {
 
+constexpr const char kHead[] = "(function (exports, require, module, __filename, __dirname) {";
+
 std::string FolderOf(const std::string& inPath)
 {
     const std::size_t end = inPath.rfind('/');
@@ -66,6 +68,33 @@ JSValueRef ModuleCache::Load(const std::string& inFromFile, const std::string& i
     return mRuntime.Get(module, "exports");
 }
 
+/// The engine's own way to make a function of a text sees that it is nothing but a function's body, but counts
+/// the lines of a head that it puts in front. So that is for checking only.
+JSObjectRef ModuleCache::Compile(const std::string& inPath, const std::string& inText)
+{
+    const JSContextRef context = mRuntime.context;
+    const ScText path(inPath);
+    JSValueRef thrown = nullptr;
+    const bool isBody =
+        JSObjectMakeFunction(context, nullptr, 0, nullptr, ScText(inText).Get(), path.Get(), 1, &thrown);
+    JSValueRef thrownInPlace = nullptr;
+    const ScText whole(std::string(kHead) + inText + "\n})");
+    const JSValueRef function =
+        isBody || !JSCheckScriptSyntax(context, whole.Get(), path.Get(), 1, &thrownInPlace)
+            ? JSEvaluateScript(context, whole.Get(), nullptr, path.Get(), 1, &thrownInPlace)
+            : nullptr;
+    if (!function || thrownInPlace) {
+        throw ScriptThrown{Protected(context, thrownInPlace ? thrownInPlace : thrown)};
+    }
+    return const_cast<JSObjectRef>(function);
+}
+
+int ModuleCache::ColumnInFile(const std::string& inFile, int inLine, int inColumn) const
+{
+    const int head = static_cast<int>(std::string_view(kHead).size());
+    return inLine == 1 && inColumn > head && mModules.contains(inFile) ? inColumn - head : inColumn;
+}
+
 void ModuleCache::Run(JSObjectRef inModule, const std::string& inPath, const std::string& inText)
 {
     const JSContextRef context = mRuntime.context;
@@ -73,18 +102,7 @@ void ModuleCache::Run(JSObjectRef inModule, const std::string& inPath, const std
         mRuntime.Call(mRuntime.functions.runData, {inModule, MakeText(context, inText)});
         return;
     }
-    static constexpr const char* kParameters[] = {"exports", "require", "module", "__filename", "__dirname"};
-    const ScText parameters[] = {ScText(kParameters[0]), ScText(kParameters[1]), ScText(kParameters[2]),
-                                 ScText(kParameters[3]), ScText(kParameters[4])};
-    const JSStringRef names[] = {parameters[0].Get(), parameters[1].Get(), parameters[2].Get(),
-                                 parameters[3].Get(), parameters[4].Get()};
-    JSValueRef thrown = nullptr;
-    const JSObjectRef compiled =
-        JSObjectMakeFunction(context, nullptr, 5, names, ScText(WithoutShebang(inText)).Get(),
-                             ScText(inPath).Get(), 1, &thrown);
-    if (!compiled) {
-        throw ScriptThrown{Protected(context, thrown)};
-    }
+    const JSObjectRef compiled = Compile(inPath, WithoutShebang(inText));
     mRuntime.Call(mRuntime.functions.run, {inModule, compiled, MakeText(context, FolderOf(inPath))});
 }
 

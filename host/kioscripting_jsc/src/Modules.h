@@ -16,10 +16,13 @@ public:
     JSObjectRef Natives();
     /// The `require` of the scripts that are evaluated now.
     void Offer(const std::string& inFile);
+    /// Without what stands in front of a module's first line.
+    int ColumnInFile(const std::string& inFile, int inLine, int inColumn) const;
     void Clear() { mModules.clear(); }
 
 private:
     JSValueRef Load(const std::string& inFromFile, const std::string& inName);
+    JSObjectRef Compile(const std::string& inPath, const std::string& inText);
     void Run(JSObjectRef inModule, const std::string& inPath, const std::string& inText);
 
     Runtime& mRuntime;

@@ -4,6 +4,7 @@
 #include "Console.h"
 #include "Text.h"
 
+#include <kiocore/config/Errors.h>
 #include <kioscripting/Context.h>
 
 namespace kioscripting_jsc {
@@ -19,28 +20,39 @@ JSValueRef NoteRejection(Runtime& inRuntime, std::span<const JSValueRef> inArgum
 
 } // namespace
 
-Runtime::Runtime(kioscripting::EngineSettings inSettings)
-    : settings(std::move(inSettings)), limits(*this), handles(*this), classes(*this), modules(*this)
+ScContext::ScContext()
+    : group(JSContextGroupCreate()), context(JSGlobalContextCreateInGroup(group, nullptr)),
+      hdl(kioscripting::OpenContext())
+{}
+
+ScContext::~ScContext()
 {
-    group = JSContextGroupCreate();
-    context = JSGlobalContextCreateInGroup(group, nullptr);
-    contextHdl = kioscripting::OpenContext();
-    LoadBridge(*this);
-    DefineConsole(*this);
-    classes.Update();
-    JSGlobalContextSetUnhandledRejectionCallback(
-        context, MakeFunction(*this, "kio:rejected", &NoteRejection), nullptr);
+    JSGlobalContextRelease(context);
+    JSContextGroupRelease(group);
+    kioscripting::CloseContext(hdl);
+}
+
+Runtime::Runtime(kioscripting::EngineSettings inSettings)
+    : settings(std::move(inSettings)), handles(*this), classes(*this), group(owned.group),
+      context(owned.context), contextHdl(owned.hdl), limits(*this), modules(*this)
+{
+    try {
+        LoadBridge(*this);
+        DefineConsole(*this);
+        classes.Update();
+        JSGlobalContextSetUnhandledRejectionCallback(
+            context, MakeFunction(*this, "kio:rejected", &NoteRejection), nullptr);
+    } catch (const ScriptThrown&) { // which must not outlive the context
+        throw kiocore::kio_exception("Cannot start a script engine: the thread has too little stack for it",
+                                     kiocore::kError_Startup);
+    }
 }
 
 Runtime::~Runtime()
 {
     // New objects are not made any more, whatever the destructors of those that go now may try.
     kioscripting::CloseContext(contextHdl);
-    rejections.clear();
-    modules.Clear();
     handles.ForgetObjects();
-    JSGlobalContextRelease(context);
-    JSContextGroupRelease(group);
 }
 
 JSValueRef Runtime::Call(JSObjectRef inFunction, std::span<const JSValueRef> inArguments)

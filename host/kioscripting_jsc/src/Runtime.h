@@ -19,11 +19,25 @@ namespace kioscripting_jsc {
 struct BridgeFunctions {
     JSObjectRef handleOf, nameOf, defineClass, wrap, publish, defineGlobal; // Classes.js
     JSObjectRef makeError, facts;                                          // Errors.js
-    JSObjectRef kindOf, keys, dateText, watch;                             // Values.js
+    JSObjectRef kindOf, keys, bytesOf, dateText, watch;                             // Values.js
     JSObjectRef makeRequire, makeModule, run, runData, defineRequire;      // Modules.js
     JSObjectRef inspect, line;                                             // Inspect.js
     JSObjectRef complete;                                                  // Prompt.js
     JSObjectRef watchJobs;                                                 // Jobs.js
+};
+
+/// A context of scripts, and the natives' context that goes with it.
+///
+/// Threading: the engine's.
+struct ScContext {
+    ScContext();
+    ~ScContext();
+    ScContext(const ScContext&) = delete;
+    ScContext& operator=(const ScContext&) = delete;
+
+    JSContextGroupRef group;
+    JSGlobalContextRef context;
+    int hdl;
 };
 
 /// What the parts of one engine share.
@@ -49,13 +63,14 @@ struct Runtime {
     std::size_t Length(JSObjectRef inArray);
 
     kioscripting::EngineSettings settings;
-    JSContextGroupRef group = nullptr;
-    JSGlobalContextRef context = nullptr;
-    int contextHdl = 0;
+    HandleKeeper handles; // above the context, which tells what is unused as it goes
+    ClassTable classes;
+    ScContext owned;
+    const JSContextGroupRef group;
+    const JSGlobalContextRef context;
+    const int contextHdl;
     BridgeFunctions functions{};
     Limits limits;
-    HandleKeeper handles;
-    ClassTable classes;
     ModuleCache modules;
     std::vector<Protected> rejections; ///< that nobody handled, in this run
 };

@@ -23,21 +23,16 @@ constexpr std::size_t kMostDepth = 200;
     throw kiocore::kio_exception(inText, kiocore::kError_BadConversion);
 }
 
-Bytes BytesOf(JSContextRef inContext, JSObjectRef inObject)
+/// @param inArray  a Uint8Array.
+Bytes BytesOf(JSContextRef inContext, JSObjectRef inArray)
 {
-    const std::byte* start = nullptr;
-    std::size_t count = 0;
-    const JSTypedArrayType type = JSValueGetTypedArrayType(inContext, inObject, nullptr);
-    if (type == kJSTypedArrayTypeArrayBuffer) {
-        start = static_cast<const std::byte*>(JSObjectGetArrayBufferBytesPtr(inContext, inObject, nullptr));
-        count = JSObjectGetArrayBufferByteLength(inContext, inObject, nullptr);
-    } else if (type != kJSTypedArrayTypeNone) {
-        start = static_cast<const std::byte*>(JSObjectGetTypedArrayBytesPtr(inContext, inObject, nullptr));
-        count = JSObjectGetTypedArrayByteLength(inContext, inObject, nullptr);
-    }
+    // What the engine points to is where the buffer starts, not the view on it.
+    const auto* const buffer =
+        static_cast<const std::byte*>(JSObjectGetTypedArrayBytesPtr(inContext, inArray, nullptr));
     Bytes bytes;
-    if (start) {
-        bytes.bytes.assign(start, start + count);
+    if (buffer) {
+        const std::byte* const start = buffer + JSObjectGetTypedArrayByteOffset(inContext, inArray, nullptr);
+        bytes.bytes.assign(start, start + JSObjectGetTypedArrayByteLength(inContext, inArray, nullptr));
     }
     return bytes;
 }
@@ -83,7 +78,8 @@ private:
         }
         const std::string kind = TextOf(mContext, mRuntime.Call(mRuntime.functions.kindOf, {inObject}));
         if (kind == "bytes") {
-            return BytesOf(mContext, inObject);
+            return BytesOf(mContext, const_cast<JSObjectRef>(
+                                         mRuntime.Call(mRuntime.functions.bytesOf, {inObject})));
         }
         if (kind == "date") {
             return mRuntime.Text(mRuntime.Call(mRuntime.functions.dateText, {inObject}));

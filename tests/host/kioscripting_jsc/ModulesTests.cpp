@@ -67,7 +67,7 @@ TEST_F(ScriptModules, FailWithTheirOwnPlaces)
         std::uint32_t code;
     } kCases[] = {
         {"require('throws.js')", "/scripts/throws.js:3:18: in a module", kioscripting::kError_Script},
-        {"require('native.js')", "/scripts/native.js:3:32: Too loud", 0x80770002},
+        {"require('native.js')", "/scripts/native.js:3:30: Too loud", 0x80770002},
         {"require('syntax.js')",
          "/scripts/syntax.js:2: SyntaxError: Cannot declare a let variable twice: 'a'.",
          kioscripting::kError_Script},

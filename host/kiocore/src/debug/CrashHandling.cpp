@@ -60,6 +60,16 @@ void AddCrashCallback(CrashCallback inCallback)
                         kError_BadArgument);
 }
 
+void AddFaultTaker(FaultTaker inTaker)
+{
+    if (!platform::KeepFaultTaker(inTaker)) {
+        throw kio_exception("Cannot add a taker of faults: there are " + std::to_string(kMostFaultTakers) +
+                                " already, which is the most",
+                            kError_BadArgument);
+    }
+    platform::TakeFaultSignals();
+}
+
 void RemoveCrashCallback(CrashCallback inCallback) noexcept
 {
     std::size_t kept = 0;

@@ -1,5 +1,6 @@
 #include "platform/CrashSignals.h"
 
+#include <kiocore/debug/CrashHandling.h>
 #include <kiocore/debug/Trace.h>
 #include <kiocore/exceptions/MachineException.h>
 
@@ -32,6 +33,7 @@ std::atomic<void (*)() noexcept> sRunCallbacks{nullptr};
 std::atomic<pid_t> sProcess{0};
 std::atomic<pid_t> sCrashingThread{0}; // 0: none so far
 std::atomic<int> sFirstSignal{0};
+std::atomic<debug::FaultTaker> sFaultTakers[debug::kMostFaultTakers];
 
 std::size_t IndexOf(int inSignal) noexcept
 {
@@ -40,6 +42,21 @@ std::size_t IndexOf(int inSignal) noexcept
         ++index;
     }
     return index;
+}
+
+/// Whether somebody made the fault on purpose.
+bool IsTaken(int inSignal, siginfo_t& ioInfo, ucontext_t* ioContext) noexcept
+{
+    if (IndexOf(inSignal) >= kFaultCount || !IsFromTheProcessor(ioInfo)) {
+        return false;
+    }
+    for (const auto& slot : sFaultTakers) {
+        const debug::FaultTaker taker = slot.load();
+        if (taker && taker(inSignal, &ioInfo, ioContext)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// Jumps into the innermost guard of this thread, if there is one and it is its business.
@@ -162,6 +179,10 @@ void OnSignal(int inSignal, siginfo_t* ioInfo, void* ioContext)
     auto* context = static_cast<ucontext_t*>(ioContext);
     siginfo_t nothingKnown{}; // for whoever calls us with the number only
     siginfo_t* info = ioInfo ? ioInfo : &nothingKnown;
+    if (IsTaken(inSignal, *info, context)) {
+        errno = error;
+        return;
+    }
     OfferToGuard(inSignal, *info, context);
     if (!sIsOn.load()) {
         PassOn(inSignal, info, context);
@@ -214,6 +235,17 @@ void TakeFaultSignals()
         Take(i);
     }
     gFaultSignalsTaken.store(true, std::memory_order_release);
+}
+
+bool KeepFaultTaker(debug::FaultTaker inTaker) noexcept
+{
+    for (auto& slot : sFaultTakers) {
+        debug::FaultTaker empty = nullptr;
+        if (slot.compare_exchange_strong(empty, inTaker) || empty == inTaker) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void SwitchCrashHandlingOn(void (*inRunCallbacks)() noexcept)

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <kiocore/debug/CrashHandling.h>
+
 #include <atomic>
 
 namespace kiocore::platform {
 
-/// The signals of a crash, and who gets them: the armed guard of the faulting thread, else crash handling
+/// The signals of a crash, and who gets them: whoever made a fault on purpose, the armed guard of the faulting thread, else crash handling
 /// while it is on, else whoever had the signal before us.
 ///
 /// Threading: any thread, except as crash handling's own functions say.
@@ -17,6 +19,10 @@ inline bool AreFaultSignalsTaken() noexcept
 {
     return gFaultSignalsTaken.load(std::memory_order_acquire);
 }
+
+/// Asked first about every fault from now on, once the signals are taken.
+/// @return false when there is no room.
+bool KeepFaultTaker(debug::FaultTaker inTaker) noexcept;
 
 /// All of them come to us, and crash handling is on for this process, though not for its forked children.
 /// @param inRunCallbacks  called at most once, in the signal handler.

@@ -90,6 +90,12 @@
                 : undefined;
             if (!place || typeof place.line !== "number" || includes(String(place.file), kOurs)) {
                 place = placeOf(lines);
+            } else {
+                // Of a text that is no script the engine tells the line, but the column of who had it read.
+                const first = placeOf(lines);
+                if (!first || first.line !== place.line || first.file !== place.file) {
+                    place.column = 0;
+                }
             }
             return [
                 text,

@@ -16,7 +16,11 @@
             module.loaded = true;
         },
         runData(module, text) {
-            module.exports = parse(text);
+            try {
+                module.exports = parse(text);
+            } catch (error) {
+                throw new SyntaxError(module.id + ": " + error.message);
+            }
             module.loaded = true;
         },
         defineRequire(require) {

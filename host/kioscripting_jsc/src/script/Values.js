@@ -4,13 +4,13 @@
     const { keys } = Object;
     const { isArray } = Array;
     const { isView } = ArrayBuffer;
+    const Bytes = Uint8Array;
     const uncurried = (method) => Function.prototype.call.bind(method);
     const then = uncurried(Promise.prototype.then);
     const toISOString = uncurried(Date.prototype.toISOString);
     const isPromise = (value) => typeof value === "object" && value !== null && value instanceof Promise;
 
     return {
-        // "array", "bytes", "promise", or an array: of the keys, or of a text that stands for the value.
         kindOf(object) {
             if (isArray(object)) {
                 return "array";
@@ -27,6 +27,11 @@
             return "plain";
         },
         keys,
+        // All of what a view, or a buffer, shows.
+        bytesOf: (object) =>
+            isView(object)
+                ? new Bytes(object.buffer, object.byteOffset, object.byteLength)
+                : new Bytes(object),
         dateText(date) {
             return toISOString(date);
         },
