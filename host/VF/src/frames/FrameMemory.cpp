@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::align_val_t kAlignment{64};
 constexpr std::size_t kSmallBytes = 256 * 1024;       // the C library keeps these itself
+constexpr std::size_t kLargeBytes = 4 * 1024 * 1024;  // some large pages fit into it
 constexpr std::size_t kKeptBytes = 128 * 1024 * 1024; // four frames of 3840 x 2160 at 4 bytes a pixel
 
 struct KeptBlock {
@@ -97,6 +98,9 @@ FrameMemory AllocateFrameMemory(std::size_t inBytes, bool inZeroed) noexcept
     std::byte* memory = inBytes > kSmallBytes ? TakeKept(inBytes) : nullptr;
     if (!memory) {
         memory = static_cast<std::byte*>(::operator new(inBytes, kAlignment, std::nothrow));
+        if (memory && inBytes >= kLargeBytes) {
+            platform::PreferLargePages(memory, inBytes);
+        }
     }
     if (memory && inZeroed) {
         std::memset(memory, 0, inBytes);

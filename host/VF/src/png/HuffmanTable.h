@@ -8,13 +8,16 @@ namespace VF {
 /// Tables that tell the next symbol of a "deflate" stream from its next bits. An entry of 32 bits says
 ///   bits 0 to 7    how many bits the symbol takes, those behind its code included
 ///   bits 8 to 12   how many of them are its code (lengths and distances)
-///   bits 16 to 31  what it stands for: a length or distance without what the bits behind add; up to two
-///                  literals, the first in the lower half; where a second table begins
+///   bits 16 to 31  what it stands for: a distance without what the bits behind add; such a length less 3,
+///                  and in the upper half perhaps a literal that precedes it; up to two literals, the first
+///                  in the lower half; where a second table begins
 /// and by its flags what it is. Literals have their number in bits 8 and 9.
 inline constexpr std::uint32_t kHuffmanLiteral = 1u << 15;
 inline constexpr std::uint32_t kHuffmanSpecial = 1u << 13; ///< neither literal, length nor distance
 inline constexpr std::uint32_t kHuffmanSecond = 1u << 14;  ///< with kHuffmanSpecial: look in a second table
-inline constexpr std::uint32_t kHuffmanEnd = 1u << 16;     ///< with kHuffmanSpecial alone: the block ends
+inline constexpr std::uint32_t kHuffmanJoined = 1u << 14;  ///< of a length: a literal precedes it
+inline constexpr int kHuffmanJoinedBit = 14;
+inline constexpr std::uint32_t kHuffmanEnd = 1u << 16; ///< with kHuffmanSpecial alone: the block ends
 // kHuffmanSpecial with nothing else: there is no such code.
 
 inline constexpr int kLiteralTableBits = 11;

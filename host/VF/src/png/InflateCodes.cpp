@@ -148,10 +148,12 @@ CodesEnd Inflate(const HuffmanTables& inTables, InflateBuffers& ioBuffers, BitRe
                 break;
             }
         }
+        *out = static_cast<std::uint8_t>(entry >> 24); // counts only when it precedes the length
+        out += entry >> kHuffmanJoinedBit & 1;
         std::uint64_t saved = bits;
         take(entry);
-        const std::size_t length =
-            (entry >> 16) + ((saved & ((std::uint64_t{1} << (entry & 63)) - 1)) >> (entry >> 8 & 31));
+        const std::size_t length = 3 + (entry >> 16 & 0xFF) +
+                                   ((saved & ((std::uint64_t{1} << (entry & 63)) - 1)) >> (entry >> 8 & 31));
         entry = distances[bits & kDistanceMask];
         if (HWY_UNLIKELY(entry & kHuffmanSpecial)) {
             if (entry & kHuffmanSecond) {
