@@ -42,6 +42,9 @@ void GrowingBytes::Reserve(std::size_t inBytes)
 
 void GrowingBytes::Append(const void* inBytes, std::size_t inSize)
 {
+    if (inSize == 0) {
+        return; // there may not even be an address
+    }
     Reserve(inSize);
     std::memcpy(At(mSize), inBytes, inSize);
     Advance(inSize);
