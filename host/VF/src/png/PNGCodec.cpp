@@ -1,13 +1,13 @@
 #include "PNGCodec.h"
 
+#include "PNGErrors.h"
+
 #include <VF/VideoFrames.h>
 
 #include <png.h>
 
-#include <algorithm>
 #include <bit>
 #include <csetjmp>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -21,20 +21,6 @@ using namespace kiomediatypes;
 
 namespace {
 
-struct Messages {
-    char error[160] = {};
-};
-
-[[noreturn]] void OnError(png_structp inPNG, png_const_charp inText)
-{
-    auto& messages = *static_cast<Messages*>(png_get_error_ptr(inPNG));
-    std::strncpy(messages.error, inText && *inText ? inText : "unknown", sizeof(messages.error) - 1);
-    png_longjmp(inPNG, 1);
-}
-
-/// About chunks that are passed over, or a transparent colour that is left out: the picture is there.
-void OnWarning(png_structp, png_const_charp) {}
-
 constexpr bool kIsLittleEndian = std::endian::native == std::endian::little;
 
 constexpr std::size_t kReadBlock = 128 * 1024;
@@ -45,7 +31,7 @@ struct ReadState {
     const PNGHeader* header = nullptr;
     std::byte* pixels = nullptr;
     std::size_t rowBytes = 0;
-    Messages messages;
+    PNGMessages messages;
     png_structp png = nullptr;
     png_infop info = nullptr;
 
@@ -127,90 +113,6 @@ bool Decode(ReadState& ioState)
     return true;
 }
 
-struct WriteState {
-    const PNGSource* source = nullptr;
-    int level = 0;
-    std::byte* bytes = nullptr; // from malloc
-    std::size_t size = 0;
-    std::size_t capacity = 0;
-    Messages messages;
-    png_structp png = nullptr;
-    png_infop info = nullptr;
-
-    ~WriteState()
-    {
-        png_destroy_write_struct(&png, &info);
-        std::free(bytes);
-    }
-};
-
-void WriteBytes(png_structp inPNG, png_bytep inBytes, std::size_t inSize)
-{
-    auto& state = *static_cast<WriteState*>(png_get_io_ptr(inPNG));
-    if (inSize > state.capacity - state.size) {
-        const std::size_t larger = std::max(state.capacity + state.capacity / 2, state.size + inSize);
-        void* const moved = std::realloc(state.bytes, larger);
-        if (!moved) {
-            png_error(inPNG, "out of memory");
-        }
-        state.bytes = static_cast<std::byte*>(moved);
-        state.capacity = larger;
-    }
-    std::memcpy(state.bytes + state.size, inBytes, inSize);
-    state.size += inSize;
-}
-
-/// The filter of the row above is nearly free; trying all of them for each row takes as long as fast
-/// compression does and saves a few per cent at 8 bits. At 16 bits the choice is no better than always that
-/// one.
-int FiltersFor(int inLevel, bool inIs16)
-{
-    if (inLevel == 0) {
-        return PNG_FILTER_NONE;
-    }
-    return inLevel <= 3 || inIs16 ? PNG_FILTER_UP : PNG_ALL_FILTERS;
-}
-
-bool Encode(WriteState& ioState)
-{
-    if (setjmp(png_jmpbuf(ioState.png))) {
-        return false;
-    }
-    const PNGSource& source = *ioState.source;
-    png_structp const png = ioState.png;
-    const bool is16 = source.format == kPixelFormat_BGRA_4444_16u;
-    const bool alphaFirst = source.format == kPixelFormat_ARGB_4444_8u;
-    png_set_write_fn(png, &ioState, &WriteBytes, nullptr);
-    png_set_user_limits(png, kMostPixelsPerSide, kMostPixelsPerSide);
-    png_set_compression_level(png, ioState.level);
-    png_set_compression_buffer_size(png, std::size_t{256} * 1024); // also the size of the chunks
-    png_set_filter(png, PNG_FILTER_TYPE_BASE, FiltersFor(ioState.level, is16));
-    png_set_IHDR(png, ioState.info, source.width, source.height, is16 ? 16 : 8,
-                 source.isOpaque ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    if (source.pixelsPerUnitX != 0) {
-        png_set_pHYs(png, ioState.info, source.pixelsPerUnitX, source.pixelsPerUnitY, PNG_RESOLUTION_UNKNOWN);
-    }
-    png_write_info(png, ioState.info);
-    if (source.isOpaque) {
-        png_set_filler(png, 0, alphaFirst ? PNG_FILLER_BEFORE : PNG_FILLER_AFTER);
-    } else if (alphaFirst) {
-        png_set_swap_alpha(png);
-    }
-    if (!alphaFirst) {
-        png_set_bgr(png);
-    }
-    if (is16 && kIsLittleEndian) {
-        png_set_swap(png);
-    }
-    const std::byte* row = source.pixels;
-    for (std::uint32_t y = 0; y < source.height; ++y, row += source.rowBytes) {
-        png_write_row(png, reinterpret_cast<png_const_bytep>(row));
-    }
-    png_write_end(png, ioState.info);
-    return true;
-}
-
 } // namespace
 
 std::string DecodePNG(IByteSource& inSource, const PNGHeader& inHeader, std::byte* outPixels,
@@ -223,7 +125,7 @@ std::string DecodePNG(IByteSource& inSource, const PNGHeader& inHeader, std::byt
     state.header = &inHeader;
     state.pixels = outPixels;
     state.rowBytes = inRowBytes;
-    state.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state.messages, &OnError, &OnWarning);
+    state.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state.messages, &OnPNGError, &OnPNGWarning);
     state.info = state.png ? png_create_info_struct(state.png) : nullptr;
     if (!state.info || !block) {
         return "out of memory";
@@ -233,29 +135,6 @@ std::string DecodePNG(IByteSource& inSource, const PNGHeader& inHeader, std::byt
     }
     const std::string failure = inSource.Failure();
     return failure.empty() ? std::string(state.messages.error) : failure;
-}
-
-std::string EncodePNG(const PNGSource& inSource, int inLevel,
-                      kiocore::utility::SharedRecycledMemory& outBytes)
-{
-    WriteState state;
-    state.source = &inSource;
-    state.level = inLevel;
-    state.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state.messages, &OnError, &OnWarning);
-    state.info = state.png ? png_create_info_struct(state.png) : nullptr;
-    if (!state.info) {
-        return "out of memory";
-    }
-    if (!Encode(state)) {
-        return state.messages.error;
-    }
-    kiocore::utility::SharedRecycledMemory memory = kiocore::utility::MakeSharedRecycledMemory(state.size);
-    if (!memory) {
-        return "out of memory";
-    }
-    std::memcpy(memory.bytes.get(), state.bytes, state.size);
-    outBytes = std::move(memory);
-    return {};
 }
 
 } // namespace VF
