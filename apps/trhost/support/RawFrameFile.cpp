@@ -4,10 +4,8 @@
 #include <kiocore/filesupport/PlatformByteStream.h>
 #include <kiomediatypes/PixelFormat.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
-#include <vector>
 
 namespace trhost {
 
@@ -112,20 +110,6 @@ RawFrameInfo ReadInfo(IPlatformByteStream& ioStream)
     return info;
 }
 
-/// Reads on beyond bytes that nobody wants.
-bool Skip(IPlatformByteStream& ioStream, std::uint64_t inBytes)
-{
-    std::vector<std::byte> block(std::size_t(std::min<std::uint64_t>(inBytes, 1 << 16)));
-    while (inBytes > 0) {
-        const auto wanted = std::size_t(std::min<std::uint64_t>(inBytes, block.size()));
-        if (ioStream.ReadBlock(block.data(), wanted) != wanted) {
-            return false;
-        }
-        inBytes -= wanted;
-    }
-    return true;
-}
-
 /// @return false when the file ended early: somebody cut it just now.
 bool ReadRows(IPlatformByteStream& ioStream, const RawFrameHeader& inHeader,
               const MF::IVideoFrameRef& inFrame)
@@ -133,10 +117,13 @@ bool ReadRows(IPlatformByteStream& ioStream, const RawFrameHeader& inHeader,
     const kiocore::InterfaceRef<VF::IVideoFrameMemoryAccess> memory(inFrame);
     const auto usedBytes = std::size_t(
         VF::LayoutOf(inHeader.GetPixelFormat(), inHeader.width, inHeader.height, true).planes[0].usedBytes);
-    for (std::size_t row = inHeader.height; row-- > 0;) {
+    std::uint64_t position = kRawFrameHeaderBytes;
+    for (std::size_t row = inHeader.height; row-- > 0; position += inHeader.rowBytes) {
+        if (inHeader.rowBytes != usedBytes) {
+            ioStream.SetPosition(position);
+        }
         std::byte* const pixels = memory->GetWritablePixels() + row * memory->GetRowBytes();
-        if (ioStream.ReadBlock(pixels, usedBytes) != usedBytes ||
-            (inHeader.rowBytes > usedBytes && !Skip(ioStream, inHeader.rowBytes - usedBytes))) {
+        if (ioStream.ReadBlock(pixels, usedBytes) != usedBytes) {
             return false;
         }
     }

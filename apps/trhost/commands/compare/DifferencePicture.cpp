@@ -1,7 +1,5 @@
 #include "DifferencePicture.h"
 
-#include "PairText.h"
-
 #include "../../support/FrameOutput.h"
 
 #include <VF/PNG.h>
@@ -14,6 +12,7 @@
 #include <kiocore/filesupport/PlatformByteStream.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <string_view>
 
 namespace trhost::compare {
@@ -22,8 +21,8 @@ namespace {
 
 using namespace kiomediatypes;
 
-/// The first note in each picture, by which we know it again.
-constexpr const char* kFirstNote = "Differing pixels";
+/// A note in each picture, by which we know it again.
+constexpr std::string_view kMark{"tEXtSoftware\0trhost compare", 27};
 
 [[noreturn]] void ThrowNotSaved(const UTF16String& inPath, int inErrno)
 {
@@ -45,7 +44,11 @@ VF::PNGOptions OptionsFor(const PairResult& inResult, float inTolerance)
     options.isDifference = true;
     options.level = 1;
     options.rowsInUse = inResult.details.differingRows;
-    options.texts = FiguresForPicture(inResult, inTolerance, kFirstNote);
+    options.texts = VF::DescribeDifference(inResult.difference, inResult.details);
+    char tolerance[32];
+    std::snprintf(tolerance, sizeof(tolerance), "%.6g", double(inTolerance));
+    options.texts.emplace_back("Tolerance", tolerance);
+    options.texts.emplace_back("Software", "trhost compare");
     return options;
 }
 
@@ -92,11 +95,10 @@ void RemoveEarlierDifference(const UTF16String& inPath)
     }
     bool isOurs = false;
     {
-        char bytes[96]; // signature, IHDR, and the start of the first note
+        char bytes[1024]; // notes come before the pixels
         kiocore::filesupport::IPlatformByteStream stream(inPath);
         const std::string_view start(bytes, stream.ReadBlock(bytes, sizeof(bytes)));
-        isOurs = start.starts_with("\x89PNG") &&
-                 start.find("tEXt" + std::string(kFirstNote)) != std::string_view::npos;
+        isOurs = start.starts_with("\x89PNG") && start.find(kMark) != std::string_view::npos;
     }
     if (isOurs) {
         file.Delete();

@@ -173,21 +173,4 @@ JsonLine DescribeForPrograms(const PairNames& inNames, const PairResult& inResul
     return object;
 }
 
-std::vector<std::pair<std::string, std::string>>
-FiguresForPicture(const PairResult& inResult, float inTolerance, const char* inFirstKeyword)
-{
-    const VF::DifferenceDetails& details = inResult.details;
-    return {
-        {inFirstKeyword, std::to_string(inResult.difference.numDiffPixels) + " of " +
-                             std::to_string(std::uint64_t(inResult.width) * inResult.height)},
-        {"Variance", Short(double(inResult.difference.variance)) + " %"},
-        {"Bounding box", std::to_string(details.width) + " x " + std::to_string(details.height) + " at (" +
-                             std::to_string(details.left) + ", " + std::to_string(details.top) + ")"},
-        {"Largest difference", LargestText(inResult)},
-        {"PSNR", std::isfinite(details.psnr) ? Decibels(details.psnr) + " dB" : "infinite"},
-        {"Tolerance", Short(double(inTolerance))},
-        {"Software", "trhost compare"},
-    };
-}
-
 } // namespace trhost::compare

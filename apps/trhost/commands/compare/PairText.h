@@ -4,10 +4,6 @@
 
 #include "../../support/JsonLine.h"
 
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace trhost::compare {
 
 /// What files are called in an answer: two paths, or the one name that they have in two folders.
@@ -24,9 +20,5 @@ const char* NameOf(Outcome inOutcome);
 UTF16String Describe(const PairNames& inNames, const PairResult& inResult);
 /// One object for programs.
 JsonLine DescribeForPrograms(const PairNames& inNames, const PairResult& inResult);
-
-/// Notes for a PNG, in English, numbers first; the number of differing pixels is the first one.
-std::vector<std::pair<std::string, std::string>>
-FiguresForPicture(const PairResult& inResult, float inTolerance, const char* inFirstKeyword);
 
 } // namespace trhost::compare

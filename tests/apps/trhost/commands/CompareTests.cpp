@@ -129,10 +129,12 @@ TEST_F(CompareTest, TheDifferencePictureShowsWhereAndCarriesTheFigures)
     std::memset(&expected[(7 * 16 + 3) * 4], 64 + 30, 3);
     EXPECT_EQ(picture.pixels, expected);
     EXPECT_THAT(NotesOfPNG(mDifference),
-                testing::ElementsAre(
-                    Pair("Differing pixels", "3 of 144"), Pair("Variance", "0.031 %"),
-                    Pair("Bounding box", "7 x 6 at (3, 2)"), Pair("Largest difference", "100/255"),
-                    Pair("PSNR", "35.09 dB"), Pair("Tolerance", "0"), Pair("Software", "trhost compare")));
+                testing::ElementsAre(Pair("Differing Pixels", "3"),
+                                     Pair("Variance", testing::StartsWith("0.0309")),
+                                     Pair("Bounding Box", "3,2,7,6"),
+                                     Pair("Largest Difference", testing::StartsWith("0.39215")),
+                                     Pair("PSNR", testing::StartsWith("35.09")), Pair("Tolerance", "0"),
+                                     Pair("Software", "trhost compare")));
 
     WritePNG(mPlace.Media("deep.png"), MakeNoise(16, 9, 1, kPixelFormat_BGRA_4444_16u));
     EXPECT_EQ(Compare({mA, mPlace.Media("deep.png"), "--diff", mDifference}).status, 1);

@@ -3,6 +3,8 @@
 #include "../TestPictures.h"
 #include "../WrittenFrames.h"
 
+#include <VF/VideoFrames.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -45,7 +47,8 @@ TEST(Raw, InfoTellsHeaderAndFaults)
         {"no such format", With([](RawFile& f) { f.format = "bad\x01"; }).Bytes(), 1,
          "the pixel format is \"bad\\x01\", expected one of BGRA, ARGB"},
         {"planes", With([](RawFile& f) { f.format = "I420"; }).Bytes(), 1, "the pixel format is \"I420\""},
-        {"no width", With([](RawFile& f) { f.width = 0; }).Bytes(), 1, "is 0 x 2 pixels, expected 1 to 65535"},
+        {"no width", With([](RawFile& f) { f.width = 0; }).Bytes(), 1,
+         "is 0 x 2 pixels, expected 1 to 65535"},
         {"no height", With([](RawFile& f) { f.height = 0, f.rows.clear(); }).Bytes(), 1, "is 4 x 0 pixels"},
         {"a side too long", With([](RawFile& f) { f.width = 65536, f.rowBytes = 262144; }).Bytes(), 1,
          "is 65536 x 2 pixels"},
@@ -141,7 +144,10 @@ TEST(Raw, WriteTakesPicturesAndClips)
         std::string said;
     } kCases[] = {
         {"a picture", {place.Media("a.png")}, 0, "6 x 4, bgra8, of "},
-        {"in another form", {place.Media("a.png"), "--size", "12x8", "--format", "bgra16"}, 0, "12 x 8, bgra16"},
+        {"in another form",
+         {place.Media("a.png"), "--size", "12x8", "--format", "bgra16"},
+         0,
+         "12 x 8, bgra16"},
         {"a clip", {place.Media("clip.mov"), "--at", "5f"}, 0, "64 x 64, uyvy, of "},
         {"a frame of a picture", {place.Media("a.png"), "--at", "5f"}, 2, "--at "},
         {"planes", {place.Media("a.png"), "--format", "yuv420"}, 2, "uyvy"},
@@ -159,7 +165,8 @@ TEST(Raw, WriteTakesPicturesAndClips)
     }
     EXPECT_EQ(place.Run({"raw", "write", place.Media("a.png"), "-o", output}).status, 0);
     EXPECT_EQ(place.Run({"compare", output, place.Media("a.png")}).status, 0) << "nothing is lost";
-    EXPECT_EQ(place.Run({"raw", "write", output, "-o", output + "2"}).status, 0) << "a raw frame is a picture";
+    EXPECT_EQ(place.Run({"raw", "write", output, "-o", output + "2"}).status, 0)
+        << "a raw frame is a picture";
     EXPECT_EQ(support::ReadFile(output), support::ReadFile(output + "2"));
     EXPECT_THAT(place.Run({"raw", "write", output, "-o", output}).err, HasSubstr("expected another file"));
 
