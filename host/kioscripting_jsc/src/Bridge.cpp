@@ -20,8 +20,9 @@ JSValueRef OnCalled(JSContextRef, JSObjectRef inFunction, JSObjectRef, std::size
                     const JSValueRef inArguments[], JSValueRef* outException)
 {
     const auto& function = *static_cast<Function*>(JSObjectGetPrivate(inFunction));
-    return Guarded(*function.runtime, outException,
-                   [&] { return function.function(*function.runtime, {inArguments, inCount}); });
+    return Guarded(*function.runtime, outException, [&] {
+        return function.function(*function.runtime, {inArguments, inCount});
+    });
 }
 
 void OnUnused(JSObjectRef inFunction)
@@ -66,7 +67,8 @@ void Take(Runtime& inRuntime, JSObjectRef inFrom, const char* inName, JSObjectRe
 JSValueRef Tick(Runtime& inRuntime, std::span<const JSValueRef> inArguments)
 {
     const double which = JSValueToNumber(inRuntime.context, inArguments[0], nullptr);
-    return JSValueMakeNumber(inRuntime.context, double(inRuntime.limits.OnTick(static_cast<std::size_t>(which))));
+    return JSValueMakeNumber(inRuntime.context,
+                             double(inRuntime.limits.OnTick(static_cast<std::size_t>(which))));
 }
 
 } // namespace
@@ -88,8 +90,8 @@ JSObjectRef MakeFunction(Runtime& inRuntime, const char* inName, NativeFunction 
 
 void SetMember(Runtime& inRuntime, JSObjectRef inObject, const char* inName, JSValueRef inValue)
 {
-    JSObjectSetProperty(inRuntime.context, inObject, ScText(inName).Get(), inValue,
-                        kJSPropertyAttributeNone, nullptr);
+    JSObjectSetProperty(inRuntime.context, inObject, ScText(inName).Get(), inValue, kJSPropertyAttributeNone,
+                        nullptr);
 }
 
 void LoadBridge(Runtime& inRuntime)

@@ -167,7 +167,8 @@ JSObjectRef ClassTable::Natives()
     const JSObjectRef natives = JSObjectMake(context, nullptr, nullptr);
     const auto add = [&](const char* inName, JSObjectCallAsFunctionCallback inFunction) {
         const ScText name(std::string("kio:") + inName);
-        SetMember(mRuntime, natives, inName, JSObjectMakeFunctionWithCallback(context, name.Get(), inFunction));
+        SetMember(mRuntime, natives, inName,
+                  JSObjectMakeFunctionWithCallback(context, name.Get(), inFunction));
     };
     add("construct", &OnConstruct);
     add("read", &OnRead);
@@ -226,8 +227,7 @@ void ClassTable::Define(Binding& ioBinding)
         methods.Add(JSValueMakeNumber(context, double(CountRequired(method.parameters))));
         methods.Add(JSObjectMake(context, DataClass(), &member));
     }
-    const std::size_t length =
-        definition.constructor ? CountRequired(definition.constructor->parameters) : 0;
+    const std::size_t length = definition.constructor ? CountRequired(definition.constructor->parameters) : 0;
     const JSValueRef made = mRuntime.Call(
         mRuntime.functions.defineClass,
         {MakeText(context, definition.name), MakeText(context, definition.QualifiedName()),

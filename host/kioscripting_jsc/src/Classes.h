@@ -17,7 +17,7 @@ struct Member : Private {
     const Binding* binding = nullptr;
     const kioscripting::PropertyDefinition* property = nullptr;
     const kioscripting::MethodDefinition* method = nullptr;
-    std::string lastText;          ///< that the property was read with
+    std::string lastText;           ///< that the property was read with
     JSValueRef lastValue = nullptr; ///< made of it when it came a second time; protected
 };
 

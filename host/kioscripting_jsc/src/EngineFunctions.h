@@ -13,8 +13,8 @@ void JSUnlock(JSContextRef inContext);
 void JSSynchronousGarbageCollectForDebugging(JSContextRef inContext);
 
 using JSShouldTerminateCallback = bool (*)(JSContextRef inContext, void* inUserData);
-/// Ends what runs in the group once it took this much processor time, if the callback wants it. A callback that
-/// does not must set the limit again, else it is not asked a second time.
+/// Ends what runs in the group once it took this much processor time, if the callback wants it. A callback
+/// that does not must set the limit again, else it is not asked a second time.
 void JSContextGroupSetExecutionTimeLimit(JSContextGroupRef inGroup, double inSeconds,
                                          JSShouldTerminateCallback inCallback, void* inUserData);
 void JSContextGroupClearExecutionTimeLimit(JSContextGroupRef inGroup);

@@ -181,7 +181,8 @@ bool Engine::IsIncomplete(std::string_view inSource)
 {
     return Translated([&] {
         std::string failure = SyntaxFailure(inSource);
-        if (failure.find("Unexpected EOF") != std::string::npos) { // a quote is open, perhaps one of many lines
+        if (failure.find("Unexpected EOF") !=
+            std::string::npos) { // a quote is open, perhaps one of many lines
             return SyntaxFailure(std::string(inSource) + "`") != failure;
         }
         return failure.find("Unexpected end of script") != std::string::npos ||
@@ -192,8 +193,7 @@ bool Engine::IsIncomplete(std::string_view inSource)
 std::string Engine::SyntaxFailure(std::string_view inSource)
 {
     JSValueRef thrown = nullptr;
-    const bool isScript =
-        JSCheckScriptSyntax(mRuntime.context, ScText(inSource).Get(), nullptr, 1, &thrown);
+    const bool isScript = JSCheckScriptSyntax(mRuntime.context, ScText(inSource).Get(), nullptr, 1, &thrown);
     return isScript || !thrown ? std::string() : mRuntime.Text(thrown);
 }
 

@@ -28,15 +28,15 @@ std::string WithoutShebang(const std::string& inText)
 JSObjectRef ModuleCache::Natives()
 {
     const JSObjectRef natives = JSObjectMake(mRuntime.context, nullptr, nullptr);
-    SetMember(mRuntime, natives, "load",
-              MakeFunction(mRuntime, "kio:load",
-                           [](Runtime& inRuntime, std::span<const JSValueRef> inArguments) {
-                               if (!JSValueIsString(inRuntime.context, inArguments[1])) {
-                                   throw WrongUse("require: expected the name of a module");
-                               }
-                               return inRuntime.modules.Load(TextOf(inRuntime.context, inArguments[0]),
-                                                             TextOf(inRuntime.context, inArguments[1]));
-                           }));
+    SetMember(
+        mRuntime, natives, "load",
+        MakeFunction(mRuntime, "kio:load", [](Runtime& inRuntime, std::span<const JSValueRef> inArguments) {
+            if (!JSValueIsString(inRuntime.context, inArguments[1])) {
+                throw WrongUse("require: expected the name of a module");
+            }
+            return inRuntime.modules.Load(TextOf(inRuntime.context, inArguments[0]),
+                                          TextOf(inRuntime.context, inArguments[1]));
+        }));
     return natives;
 }
 
@@ -68,8 +68,8 @@ JSValueRef ModuleCache::Load(const std::string& inFromFile, const std::string& i
     return mRuntime.Get(module, "exports");
 }
 
-/// The engine's own way to make a function of a text sees that it is nothing but a function's body, but counts
-/// the lines of a head that it puts in front. So that is for checking only.
+/// The engine's own way to make a function of a text sees that it is nothing but a function's body, but
+/// counts the lines of a head that it puts in front. So that is for checking only.
 JSObjectRef ModuleCache::Compile(const std::string& inPath, const std::string& inText)
 {
     const JSContextRef context = mRuntime.context;

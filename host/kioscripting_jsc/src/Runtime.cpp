@@ -58,8 +58,8 @@ Runtime::~Runtime()
 JSValueRef Runtime::Call(JSObjectRef inFunction, std::span<const JSValueRef> inArguments)
 {
     JSValueRef thrown = nullptr;
-    const JSValueRef value = JSObjectCallAsFunction(context, inFunction, nullptr, inArguments.size(),
-                                                    inArguments.data(), &thrown);
+    const JSValueRef value =
+        JSObjectCallAsFunction(context, inFunction, nullptr, inArguments.size(), inArguments.data(), &thrown);
     if (!value || thrown) {
         throw ScriptThrown{Protected(context, thrown)};
     }

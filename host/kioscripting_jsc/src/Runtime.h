@@ -18,12 +18,12 @@ namespace kioscripting_jsc {
 /// The functions that the bridge's own scripts offer; all of them protected.
 struct BridgeFunctions {
     JSObjectRef handleOf, nameOf, defineClass, wrap, publish, defineGlobal; // Classes.js
-    JSObjectRef makeError, facts;                                          // Errors.js
-    JSObjectRef kindOf, keys, bytesOf, dateText, watch;                             // Values.js
-    JSObjectRef makeRequire, makeModule, run, runData, defineRequire;      // Modules.js
-    JSObjectRef inspect, line;                                             // Inspect.js
-    JSObjectRef complete;                                                  // Prompt.js
-    JSObjectRef watchJobs;                                                 // Jobs.js
+    JSObjectRef makeError, facts;                                           // Errors.js
+    JSObjectRef kindOf, keys, bytesOf, dateText, watch;                     // Values.js
+    JSObjectRef makeRequire, makeModule, run, runData, defineRequire;       // Modules.js
+    JSObjectRef inspect, line;                                              // Inspect.js
+    JSObjectRef complete;                                                   // Prompt.js
+    JSObjectRef watchJobs;                                                  // Jobs.js
 };
 
 /// A context of scripts, and the natives' context that goes with it.

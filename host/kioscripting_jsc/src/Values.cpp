@@ -78,8 +78,8 @@ private:
         }
         const std::string kind = TextOf(mContext, mRuntime.Call(mRuntime.functions.kindOf, {inObject}));
         if (kind == "bytes") {
-            return BytesOf(mContext, const_cast<JSObjectRef>(
-                                         mRuntime.Call(mRuntime.functions.bytesOf, {inObject})));
+            return BytesOf(mContext,
+                           const_cast<JSObjectRef>(mRuntime.Call(mRuntime.functions.bytesOf, {inObject})));
         }
         if (kind == "date") {
             return mRuntime.Text(mRuntime.Call(mRuntime.functions.dateText, {inObject}));
@@ -112,8 +112,7 @@ private:
 
     Value::Members ReadMembers(JSObjectRef inObject)
     {
-        const auto keys =
-            const_cast<JSObjectRef>(mRuntime.Call(mRuntime.functions.keys, {inObject}));
+        const auto keys = const_cast<JSObjectRef>(mRuntime.Call(mRuntime.functions.keys, {inObject}));
         const std::size_t count = mRuntime.Length(keys);
         Value::Members members;
         for (std::size_t i = 0; i < count; ++i) {
@@ -149,8 +148,8 @@ struct Writer {
     JSValueRef operator()(const Bytes& inBytes) const
     {
         JSValueRef thrown = nullptr;
-        const JSObjectRef array = JSObjectMakeTypedArray(context, kJSTypedArrayTypeUint8Array,
-                                                         inBytes.bytes.size(), &thrown);
+        const JSObjectRef array =
+            JSObjectMakeTypedArray(context, kJSTypedArrayTypeUint8Array, inBytes.bytes.size(), &thrown);
         if (!array || thrown) {
             throw ScriptThrown{Protected(context, thrown)};
         }
@@ -174,7 +173,8 @@ struct Writer {
         const JSObjectRef object = JSObjectMake(context, nullptr, nullptr);
         for (const auto& [name, value] : inMembers) {
             const JSValueRef member = ToScript(runtime, value);
-            JSObjectSetProperty(context, object, ScText(name).Get(), member, kJSPropertyAttributeNone, nullptr);
+            JSObjectSetProperty(context, object, ScText(name).Get(), member, kJSPropertyAttributeNone,
+                                nullptr);
         }
         return object;
     }

@@ -24,8 +24,8 @@ TEST(ScriptClasses, LookLikeClassesOfTheLanguage)
          "typeof Object.getOwnPropertyDescriptor(Acme.Sound.Level.prototype, 'label').get + "
          "Object.keys(L).length",
          "\"function0\""},
-        {"a property is read-only in strict code",
-         "'use strict'; try { L.label = 'x' } catch (e) { e.name }", "\"TypeError\""},
+        {"a property is read-only in strict code", "'use strict'; try { L.label = 'x' } catch (e) { e.name }",
+         "\"TypeError\""},
         {"and ignored in other code", "L.decibels = 5; L.decibels", "0"},
         {"methods", "new Acme.Sound.Level(2).above(new Acme.Sound.Level(1))", "true"},
         {"derived",
@@ -36,9 +36,11 @@ TEST(ScriptClasses, LookLikeClassesOfTheLanguage)
          "! test.js:1:21: TypeError: Acme.Sound.Meter has no constructor for scripts"},
         {"without new", "Acme.Sound.Level()",
          "! test.js:1:17: TypeError: Cannot call a class constructor without |new|"},
-        {"a method of another class's object", "Acme.Sound.Level.prototype.itself.call(new Halcyon.Guid("
+        {"a method of another class's object",
+         "Acme.Sound.Level.prototype.itself.call(new Halcyon.Guid("
          "'102bfb4c-1980-4e77-87df-17b03d5b09db'))",
-         "! test.js:1:39: TypeError: Level.itself is for objects of class Level only, found one of class Guid"},
+         "! test.js:1:39: TypeError: Level.itself is for objects of class Level only, found one of class "
+         "Guid"},
         {"a method of no object", "const f = L.itself; f()",
          "! test.js:1:22: TypeError: Level.itself is for objects of class Level only, found another value"},
         {"a property of the prototype", "Acme.Sound.Level.prototype.label",
@@ -52,8 +54,9 @@ TEST(ScriptClasses, LookLikeClassesOfTheLanguage)
          "L.above(new Halcyon.Guid('102bfb4c-1980-4e77-87df-17b03d5b09db'))",
          "! test.js:1:8: Level.above: argument other: expected Level, found Guid"},
         {"one native is one object", "L.itself() === L && L.twin === L.twin && L.twin !== L", "true"},
-        {"texts that change", "{ const s = []; for (let i = 0; i < 4; ++i) { L.set(i >> 1); s.push(L.label) } "
-                              "L.set(0); s }",
+        {"texts that change",
+         "{ const s = []; for (let i = 0; i < 4; ++i) { L.set(i >> 1); s.push(L.label) } "
+         "L.set(0); s }",
          "[ \"0 dB \xE2\x99\xAA\", \"0 dB \xE2\x99\xAA\", \"1 dB \xE2\x99\xAA\", \"1 dB \xE2\x99\xAA\" ]"},
     };
     for (const auto& test : kCases) {
@@ -77,7 +80,8 @@ TEST(ScriptClasses, OfNobodyAreNoValues)
         scripts.engine->SetGlobal("s", kioscripting::ScriptObjectPtr(new script_classes::Stranger()));
         FAIL();
     } catch (const kiocore::kio_exception& error) {
-        EXPECT_STREQ(error.what(), "The class Stranger is not registered, so scripts cannot have its objects");
+        EXPECT_STREQ(error.what(),
+                     "The class Stranger is not registered, so scripts cannot have its objects");
     }
 }
 

@@ -19,9 +19,10 @@ TEST(ScriptErrors, OfNativesCanBeCaught)
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.kind);
-        EXPECT_EQ(scripts.Text("try {\nL.fail('" + std::string(test.kind) +
-                               "')\n} catch (e) { [e instanceof Error, e.message, e.code, e.sourceURL, e.line] }"),
-                  test.expected);
+        EXPECT_EQ(
+            scripts.Text("try {\nL.fail('" + std::string(test.kind) +
+                         "')\n} catch (e) { [e instanceof Error, e.message, e.code, e.sourceURL, e.line] }"),
+            test.expected);
     }
     EXPECT_EQ(scripts.Text("function deep() { L.fail('kio') }\ntry { deep() } catch (e) { e.stack }"),
               "\"deep@test.js:1:25\\nglobal code@test.js:2:11\"");
@@ -52,9 +53,11 @@ TEST(ScriptErrors, ComeOutWithTheirPlace)
         {"nothing", "throw undefined", "uncaught undefined", kError_Script},
         {"an object", "throw { a: 1 }", "uncaught { a: 1 }", kError_Script},
         {"a symbol", "throw Symbol('s')", "uncaught Symbol(s)", kError_Script},
-        {"one that cannot be asked", "throw new Proxy({}, { get() { throw 1 }, getPrototypeOf() { throw 2 } })",
-         "uncaught <threw 2>", kError_Script},
-        {"too deep", "(function f() { f() })()", "RangeError: Maximum call stack size exceeded.", kError_Script},
+        {"one that cannot be asked",
+         "throw new Proxy({}, { get() { throw 1 }, getPrototypeOf() { throw 2 } })", "uncaught <threw 2>",
+         kError_Script},
+        {"too deep", "(function f() { f() })()", "RangeError: Maximum call stack size exceeded.",
+         kError_Script},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.name);

@@ -73,7 +73,8 @@ TEST(ScriptLimits, LeaveAloneWhatIsQuick)
     EngineSettings settings;
     settings.timeLimitSeconds = 100;
     ScriptRunner scripts(settings);
-    EXPECT_EQ(scripts.Text("(async () => { let n = 0; for (let i = 0; i < 100000; ++i) n += await 1; return n })()"),
+    EXPECT_EQ(scripts.Text(
+                  "(async () => { let n = 0; for (let i = 0; i < 100000; ++i) n += await 1; return n })()"),
               "100000");
     EXPECT_THAT(scripts.Text("new Promise(() => {})"), testing::HasSubstr("never settled"));
 }

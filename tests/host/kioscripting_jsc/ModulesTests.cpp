@@ -86,7 +86,8 @@ TEST_F(ScriptModules, FailWithTheirOwnPlaces)
     EXPECT_THAT(scripts.Failure("require('bad.json')").Full(), testing::HasSubstr("/scripts/bad.json: "));
     EXPECT_THAT(scripts.Failure("require('escape.js')").Full(), testing::HasSubstr("SyntaxError"));
     EXPECT_EQ(scripts.Text("typeof escaped"), "\"undefined\"");
-    EXPECT_EQ(scripts.Text("try { require('missing.js') } catch (e) { e.code.toString(16) }"), "\"80010005\"");
+    EXPECT_EQ(scripts.Text("try { require('missing.js') } catch (e) { e.code.toString(16) }"),
+              "\"80010005\"");
 }
 
 TEST(ScriptModulesOfNobody, AreNotAskedFor)

@@ -5,7 +5,8 @@ namespace {
 TEST(ScriptPrompt, KnowsWhatIsIncomplete)
 {
     ScriptRunner scripts;
-    for (const char* script : {"function f() {", "[1,", "if (a) {", "`text", "/* comment", "f(", "a +", "({ a:"}) {
+    for (const char* script :
+         {"function f() {", "[1,", "if (a) {", "`text", "/* comment", "f(", "a +", "({ a:"}) {
         EXPECT_TRUE(scripts.engine->IsIncomplete(script)) << script;
     }
     for (const char* script : {"", "1", "let = ;", "}", "f()", "throw 1", "'text", "a b"}) {

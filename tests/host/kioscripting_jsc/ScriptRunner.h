@@ -17,15 +17,12 @@ public:
             written += kLevels[int(inLevel)] + inText + "\n";
         };
         engine = kioscripting_jsc::MakeEngine(std::move(inSettings));
-        engine->SetGlobal("L", kioscripting::ScriptObjectPtr(
-                                   kioscripting::CreateScriptObject<script_classes::Level>(
-                                       engine->GetContextHdl())));
+        engine->SetGlobal(
+            "L", kioscripting::ScriptObjectPtr(
+                     kioscripting::CreateScriptObject<script_classes::Level>(engine->GetContextHdl())));
     }
 
-    kioscripting::Value Run(std::string_view inSource)
-    {
-        return engine->Evaluate(inSource, "test.js");
-    }
+    kioscripting::Value Run(std::string_view inSource) { return engine->Evaluate(inSource, "test.js"); }
     /// The value for people, or what was thrown: "! file:line:column: text".
     std::string Text(std::string_view inSource)
     {

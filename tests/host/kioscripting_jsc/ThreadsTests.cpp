@@ -11,10 +11,12 @@ TEST(ScriptThreads, HaveEnginesOfTheirOwn)
         threads.emplace_back([i] {
             ScriptRunner scripts;
             const std::string number = std::to_string(i);
-            EXPECT_EQ(scripts.Text("var mine = " + number + "; for (let i = 0; i < 3000; ++i) mine += new "
-                                                            "Acme.Sound.Level(1).twin.decibels; mine - 3000"),
+            EXPECT_EQ(scripts.Text("var mine = " + number +
+                                   "; for (let i = 0; i < 3000; ++i) mine += new "
+                                   "Acme.Sound.Level(1).twin.decibels; mine - 3000"),
                       number);
-            EXPECT_THAT(scripts.Failure("(function f() { f() })()").what(), testing::StartsWith("RangeError"));
+            EXPECT_THAT(scripts.Failure("(function f() { f() })()").what(),
+                        testing::StartsWith("RangeError"));
         });
     }
     for (std::thread& thread : threads) {
@@ -53,7 +55,6 @@ TEST(ScriptThreads, WithSmallStacksFailCleanly)
                 ScriptRunner scripts;
                 for (const char* script :
                      {"(function f() { f() })()", "(function f() { L.echo({ get a() { f() } }) })()",
-                      "(function f() { console.log({ get a() { f() } }) ; f() })()",
                       "let o = {}; for (let i = 0; i < 1e5; ++i) o = [o]; JSON.stringify(o)",
                       "(function f() { [1, 2].sort(f) })()"}) {
                     EXPECT_EQ(scripts.Failure(script).Code(), kioscripting::kError_Script) << script;

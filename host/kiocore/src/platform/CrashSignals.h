@@ -6,8 +6,8 @@
 
 namespace kiocore::platform {
 
-/// The signals of a crash, and who gets them: whoever made a fault on purpose, the armed guard of the faulting thread, else crash handling
-/// while it is on, else whoever had the signal before us.
+/// The signals of a crash, and who gets them: whoever made a fault on purpose, the armed guard of the
+/// faulting thread, else crash handling while it is on, else whoever had the signal before us.
 ///
 /// Threading: any thread, except as crash handling's own functions say.
 

@@ -4,6 +4,7 @@
 #include <kioscripting/Conversion.h>
 
 #include <tuple>
+#include <typeinfo>
 
 namespace kioscripting {
 
@@ -25,6 +26,20 @@ T Argument(const std::vector<ParameterDefinition>& inParameters, const Values& i
     } catch (...) {
         RethrowForArgument(parameter);
     }
+}
+
+/// The object as what it is. Most are exactly that, which is known without a search among base classes.
+/// @throws std::bad_cast for one of another class.
+template <typename T, typename Object>
+auto& Self(Object& inObject)
+{
+    using Result = std::conditional_t<std::is_const_v<Object>, const T, T>;
+    if constexpr (requires { static_cast<Result&>(inObject); }) {
+        if (typeid(inObject) == typeid(T)) {
+            return static_cast<Result&>(inObject);
+        }
+    }
+    return dynamic_cast<Result&>(inObject);
 }
 
 /// A member function's result and parameters as plain types.
@@ -116,7 +131,7 @@ public:
                                 std::move(inResult), nullptr};
         method.invoke = [inFunction, parameters](ScriptObject& inObject, const Values& inArguments) -> Value {
             auto arguments = detail::ConvertArguments<typename Signature::Arguments>(parameters, inArguments);
-            auto& object = dynamic_cast<T&>(inObject);
+            auto& object = detail::Self<T>(inObject);
             return std::apply(
                 [&](auto&... inValues) -> Value {
                     using Result = typename Signature::Result;
@@ -142,7 +157,7 @@ public:
         mDefinition.properties.push_back({std::move(inName), std::move(inType), std::move(inDescription),
                                           inFlags, [inGetter](const ScriptObject& inObject) -> Value {
                                               return Convert<Result>::To(
-                                                  (dynamic_cast<const T&>(inObject).*inGetter)(),
+                                                  (detail::Self<T>(inObject).*inGetter)(),
                                                   inObject.GetContextHdl());
                                           }});
         return *this;

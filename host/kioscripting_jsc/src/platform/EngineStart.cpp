@@ -66,8 +66,7 @@ bool IsOnNotTheEngines(const struct sigaction& inAction) noexcept
 void CheckAddressSpace()
 {
     constexpr std::size_t kBytes = std::size_t(6) << 30; // the least that the engine makes do with
-    void* const space =
-        mmap(nullptr, kBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void* const space = mmap(nullptr, kBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (space == MAP_FAILED) {
         throw kiocore::kio_exception(
             "Cannot start JavaScriptCore: it needs 6 GB of address space, which a limit of the process "

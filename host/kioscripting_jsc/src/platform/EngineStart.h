@@ -7,7 +7,8 @@ namespace kioscripting_jsc::platform {
 /// stack overflow would end the process without a word. These go back to who had them, and its own handler is
 /// asked about faults on threads that run scripts. To stop threads while it looks for garbage it gets a
 /// real-time signal that nobody uses, not SIGUSR1, unless the environment (JSC_SIGNAL_FOR_GC) names another.
-/// @throws kio_exception (kError_Startup) when there is too little address space, for want of which the engine
+/// @throws kio_exception (kError_Startup) when there is too little address space, for want of which the
+/// engine
 ///     would abort.
 ///
 /// Threading: any thread.

@@ -40,16 +40,17 @@ KIO_EXPORT void RemoveCrashCallback(CrashCallback inCallback) noexcept;
 /// True while the calling thread runs crash callbacks.
 KIO_EXPORT bool IsHandlingCrash() noexcept;
 
-/// Software that lets the processor fault on purpose, as engines that compile scripts do, is asked before guards
-/// and crash handling, on the faulting thread and its alternate stack, whoever came first. From then on the
-/// signals of faults (SIGSEGV, SIGBUS) are ours, whether crash handling is installed or not.
+/// Software that lets the processor fault on purpose, as engines that compile scripts do, is asked before
+/// guards and crash handling, on the faulting thread and its alternate stack, whoever came first. From then
+/// on the signals of faults (SIGSEGV, SIGBUS) are ours, whether crash handling is installed or not.
 /// @param inInfo, ioContext  the handler's siginfo_t and ucontext_t.
 /// @return whether the fault was its own; the thread goes on where ioContext says then.
 using FaultTaker = bool (*)(int inSignal, void* inInfo, void* ioContext) noexcept;
 inline constexpr std::size_t kMostFaultTakers = 4;
 
 /// For good. Adding one twice is no error.
-/// @throws kio_exception (kError_BadArgument) beyond kMostFaultTakers; std::system_error when the system refuses
+/// @throws kio_exception (kError_BadArgument) beyond kMostFaultTakers; std::system_error when the system
+/// refuses
 ///     the signals.
 ///
 /// Threading: any thread.
