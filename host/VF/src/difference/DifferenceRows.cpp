@@ -223,6 +223,9 @@ HWY_INLINE Step CompareStep(const T* inFirst, const T* inSecond, Vector<T> inTol
 template <typename T>
 bool PixelDiffers(const T* inFirst, const T* inSecond, std::uint32_t inTolerance)
 {
+    if (std::memcmp(inFirst, inSecond, 4 * sizeof(T)) == 0) {
+        return false; // as most are
+    }
     for (int channel = 0; channel < 4; ++channel) {
         const std::uint32_t a = inFirst[channel];
         const std::uint32_t b = inSecond[channel];
@@ -263,7 +266,11 @@ hn::TFromD<D> LargestOf(D inTag, hn::Vec<D> inVector)
 {
     HWY_ALIGN hn::TFromD<D> lanes[hn::MaxLanes(D())];
     hn::Store(inVector, inTag, lanes);
-    return *std::max_element(lanes, lanes + hn::Lanes(inTag));
+    hn::TFromD<D> largest = 0;
+    for (std::size_t lane = 0; lane < hn::Lanes(inTag); ++lane) {
+        largest = std::max(largest, lanes[lane]); // without branches, which would be foretold badly
+    }
+    return largest;
 }
 
 template <typename T, bool kAlphaFirst, Painting kPainting>
