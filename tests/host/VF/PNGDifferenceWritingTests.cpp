@@ -148,9 +148,9 @@ TEST(PNGDifferenceWriting, EveryWidthAndProcessorFindsEveryPixel)
             Scatter(frame, 1.0 / (1 + random() % 40), random);
             const std::string usual = ToText(VF::CompressPNG(frame, DifferenceOptions()));
             ExpectHolds(ToMemory(usual), frame);
-            for (std::int64_t rest = hwy::SupportedTargets() << 1 | 1; rest != 0 && !HasFailure();
-                 rest &= rest - 1) {
-                const std::int64_t target = (rest & -rest) >> 1; // 0 first: none of them
+            for (std::uint64_t rest = static_cast<std::uint64_t>(hwy::SupportedTargets()) << 1 | 1;
+                 rest != 0 && !HasFailure(); rest &= rest - 1) {
+                const auto target = static_cast<std::int64_t>((rest & -rest) >> 1); // 0 first: none of them
                 hwy::GetChosenTarget().Update(target);
                 const std::string file = ToText(VF::CompressPNG(frame, DifferenceOptions()));
                 hwy::GetChosenTarget().DeInit();

@@ -59,7 +59,8 @@ struct DifferenceDetails {
 ///
 /// The difference picture is opaque black where nothing differs. Elsewhere every channel that differs is
 /// lifted, so that one step can be seen: 64 + 0.75 d, with the absolute difference d in 255ths of full scale
-/// (in 16 bits 64 x 257 + 0.75 d; in floats by the same proportions, at most 1). Where only alpha differs,
+/// (in 16 bits 64 x 257 + 0.75 d; in floats by the same proportions), to the nearest step, halves up, at most
+/// full scale. Where only alpha differs,
 /// and for YUV, the pixel becomes grey of the largest difference. In another format than that of the
 /// comparison it is painted in BGRA and converted.
 ///
@@ -67,7 +68,8 @@ struct DifferenceDetails {
 ///
 /// @param outDifference  made with CreateVideoFrame, of the same size, in any format; gets its memory here.
 ///     May be empty: nothing is painted. Holds anything after a failure.
-/// @param inTolerance  of full scale, 0 to 1.
+/// @param inTolerance  of full scale, 0 to 1. Differences are rounded to single precision to be compared with
+///     it, so k / 255.0f tolerates k steps of 8 bits.
 /// @param outDetails  may be null. Set on success.
 ///
 /// Threading: any thread; large pictures are worked on by several, as in VideoFrameManipulators.

@@ -60,7 +60,8 @@ struct PNGOptions {
     /// named here are known to be opaque black and are not looked at. One bit a row, the lowest first; empty
     /// names all.
     std::span<const std::uint64_t> rowsInUse;
-    /// Fast before small: where few pixels are not black, next to nothing but these is written.
+    /// Fast before small, whatever the level: where few pixels are not black, next to nothing but these is
+    /// written. Pictures that are not opaque are encoded as others are.
     bool isDifference = false;
 };
 KIO_EXPORT kiocore::utility::SharedRecycledMemory CompressPNG(const MF::IVideoFrameRef& inFrame,

@@ -183,17 +183,20 @@ HWY_INLINE Step CompareStep(const T* inFirst, const T* inSecond, Vector<T> inTol
 {
     const Tag<T> d;
     const std::size_t lanes = hn::Lanes(d);
-    const auto d0 = DifferenceAt(inFirst, inSecond);
-    const auto d1 = DifferenceAt(inFirst + lanes, inSecond + lanes);
-    const auto d2 = DifferenceAt(inFirst + 2 * lanes, inSecond + 2 * lanes);
-    const auto d3 = DifferenceAt(inFirst + 3 * lanes, inSecond + 3 * lanes);
-    const auto any = hn::Or(hn::Or(d0, d1), hn::Or(d2, d3));
+    const auto apart = [&](std::size_t inAt) HWY_ATTR {
+        return hn::Xor(hn::LoadU(d, inFirst + inAt), hn::LoadU(d, inSecond + inAt));
+    };
+    const auto any = hn::Or(hn::Or(apart(0), apart(lanes)), hn::Or(apart(2 * lanes), apart(3 * lanes)));
     if (IsZero(any)) {
         if constexpr (kPainting != Painting::kNone) {
             PaintBlack<T, kAlphaFirst, kPainting>(outPainted);
         }
         return Step::kEqual;
     }
+    const auto d0 = DifferenceAt(inFirst, inSecond);
+    const auto d1 = DifferenceAt(inFirst + lanes, inSecond + lanes);
+    const auto d2 = DifferenceAt(inFirst + 2 * lanes, inSecond + 2 * lanes);
+    const auto d3 = DifferenceAt(inFirst + 3 * lanes, inSecond + 3 * lanes);
     const auto e0 = hn::SaturatedSub(d0, inTolerance);
     const auto e1 = hn::SaturatedSub(d1, inTolerance);
     const auto e2 = hn::SaturatedSub(d2, inTolerance);
@@ -223,6 +226,9 @@ HWY_INLINE Step CompareStep(const T* inFirst, const T* inSecond, Vector<T> inTol
 template <typename T>
 bool PixelDiffers(const T* inFirst, const T* inSecond, std::uint32_t inTolerance)
 {
+    if (std::memcmp(inFirst, inSecond, 4 * sizeof(T)) == 0) {
+        return false; // as most are
+    }
     for (int channel = 0; channel < 4; ++channel) {
         const std::uint32_t a = inFirst[channel];
         const std::uint32_t b = inSecond[channel];
@@ -263,7 +269,11 @@ hn::TFromD<D> LargestOf(D inTag, hn::Vec<D> inVector)
 {
     HWY_ALIGN hn::TFromD<D> lanes[hn::MaxLanes(D())];
     hn::Store(inVector, inTag, lanes);
-    return *std::max_element(lanes, lanes + hn::Lanes(inTag));
+    hn::TFromD<D> largest = 0;
+    for (std::size_t lane = 0; lane < hn::Lanes(inTag); ++lane) {
+        largest = std::max(largest, lanes[lane]); // without branches, which would be foretold badly
+    }
+    return largest;
 }
 
 template <typename T, bool kAlphaFirst, Painting kPainting>
