@@ -2,6 +2,7 @@
 #include "PNGBytes.h"
 
 #include <gtest/gtest.h>
+#include <hwy/targets.h>
 
 #include <zlib.h>
 
@@ -45,15 +46,31 @@ std::string FileOf(const Form& inForm, std::uint32_t inWidth, std::uint32_t inHe
            std::string(inDataChunks) + Chunk("IEND");
 }
 
+/// Each set of instructions that this processor has; 0 is for a processor that has none of them.
+std::vector<std::int64_t> AllTargets()
+{
+    std::vector<std::int64_t> targets = {0};
+    for (std::int64_t rest = hwy::SupportedTargets(); rest != 0; rest &= rest - 1) {
+        targets.push_back(rest & -rest);
+    }
+    return targets;
+}
+
 void ExpectBothTake(const std::string& inFile)
 {
     const Decoded expected = DecodeWithLibpng(inFile);
-    const Decoded fast = DecodeFast(inFile);
     ASSERT_TRUE(expected.isTaken) << expected.reason;
-    ASSERT_TRUE(fast.isTaken);
-    const auto [wrong, _] = std::mismatch(fast.pixels.begin(), fast.pixels.end(), expected.pixels.begin());
-    EXPECT_EQ(wrong - fast.pixels.begin(), expected.pixels.end() - expected.pixels.begin())
-        << "is the first byte that differs";
+    for (const std::int64_t target : AllTargets()) {
+        SCOPED_TRACE(hwy::TargetName(target));
+        hwy::GetChosenTarget().Update(target);
+        const Decoded fast = DecodeFast(inFile);
+        hwy::GetChosenTarget().DeInit(); // the best again
+        ASSERT_TRUE(fast.isTaken);
+        const auto [wrong, _] =
+            std::mismatch(fast.pixels.begin(), fast.pixels.end(), expected.pixels.begin());
+        EXPECT_EQ(wrong - fast.pixels.begin(), expected.pixels.end() - expected.pixels.begin())
+            << "is the first byte that differs";
+    }
 }
 
 TEST(FastPNG, GivesThePixelsThatLibpngGives)

@@ -23,7 +23,7 @@ namespace VF {
 ///
 /// Threading: any thread.
 KIO_EXPORT MF::IVideoFrameRef DecompressPNG(const kiocore::utility::SharedRecycledMemory& inBytes);
-/// The same from a file.
+/// The same from a file. It is read in blocks; what shrinks meanwhile, or is written half-way, is refused.
 KIO_EXPORT MF::IVideoFrameRef DecompressPNG(const kiocore::UTF16String& inPath);
 /// The same, and tells why there is no frame.
 /// @param outReason  one line without the file's name; untouched on success.
@@ -36,8 +36,9 @@ struct PNGPair {
     std::string firstReason;  ///< why first is empty; one line
     std::string secondReason; ///< why second is empty
 };
-/// Decodes two files at once, where there are threads for it. Files of the same bytes are decoded once, every
-/// check made: both references are one frame then, which was prepared for sharing.
+/// Decodes two files at once, one on a thread of the CPU-bound executor when there is a free one. Files of
+/// the same bytes are decoded once, every check made: both references are one frame then, which was prepared
+/// for sharing.
 KIO_EXPORT PNGPair DecompressPNGs(const kiocore::UTF16String& inFirstPath,
                                   const kiocore::UTF16String& inSecondPath);
 
