@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
+#include <cstring>
+
 namespace bench {
 namespace {
 
@@ -93,10 +96,11 @@ std::vector<Comparer> Peers()
                   {"pixelmatch", "pixelmatch", &ForPixelmatch},
                   {"ImageMagick", "compare", &ForImageMagick},
                   {"GraphicsMagick", "gm", &ForGraphicsMagick}};
+    const char* const wanted = std::getenv("BENCH_PEERS");
     std::vector<Comparer> found;
     for (const auto& peer : kPeers) {
         const std::string program = std::string(PEERS_FOLDER "/bin/") + peer.file;
-        if (access(program.c_str(), X_OK) == 0) {
+        if ((!wanted || std::strstr(wanted, peer.name)) && access(program.c_str(), X_OK) == 0) {
             found.push_back({peer.name, program, peer.arguments});
         }
     }

@@ -23,7 +23,8 @@ struct Comparer {
 
 /// trhost.
 Comparer Ours();
-/// Those of tools/fetch-compare-peers that are there.
+/// Those of tools/fetch-compare-peers that are there; of these those that BENCH_PEERS names, if it is set, as
+/// in "odiff blazediff".
 std::vector<Comparer> Peers();
 
 } // namespace bench
