@@ -1,5 +1,6 @@
 # Standard headers take a third of most files' compile time: compiled once for all libraries. Files go on including
-# what they use; a build with PROJECT_SHARED_HEADERS=OFF shows what is missing.
+# what they use; a build with PROJECT_SHARED_HEADERS=OFF shows what is missing. A file that is optimised otherwise than
+# the rest must leave them alone (SKIP_PRECOMPILE_HEADERS): g++ breaks down over it.
 option(PROJECT_SHARED_HEADERS "Compile the standard headers once" ON)
 
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")

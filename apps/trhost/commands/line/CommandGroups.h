@@ -124,6 +124,8 @@ public:
 
 private:
     ScriptOptions mScript;
+    std::optional<std::string> mFile;
+    std::vector<std::string> mArguments;
 };
 
 /// How windows are to look.

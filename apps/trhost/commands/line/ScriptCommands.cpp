@@ -8,11 +8,14 @@ ScriptCommands::ScriptCommands(CommandGrammar inRoot)
         "script",
         "$$$/Halcyon/TrHost/Help/Script=Run a script that compares pictures, takes frames, runs effects");
     script
-        .Option("words", mScript.words,
-                "$$$/Halcyon/TrHost/Help/Script/Words=The script's file (- is "
-                "standard input), then what it gets "
-                "as host.arguments")
-        .Type("FILE [ARGS]");
+        .Option("file", mFile, "$$$/Halcyon/TrHost/Help/Script/File=The script's file (- is standard input)")
+        .Type("FILE");
+    script
+        .Option(
+            "arguments", mArguments,
+            "$$$/Halcyon/TrHost/Help/Script/Arguments=What the script gets as host.arguments; behind -- also "
+            "what begins with a dash")
+        .Type("ARG");
     const OptionGrammar code =
         script
             .Option("-e,--eval", mScript.code,
@@ -56,6 +59,10 @@ ScriptCommands::ScriptCommands(CommandGrammar inRoot)
                    "\"b.png\").numDiffPixels'"},
                   {"trhost script --repl --read ~/Footage"}}));
     script.WhenNamed([this, script] {
+        mScript.words = mArguments;
+        if (mFile) {
+            mScript.words.insert(mScript.words.begin(), *mFile);
+        }
         if (mScript.words.empty() && !mScript.code && !mScript.isPrompt && !mScript.isReference) {
             CommandGrammar::ThrowMissingArgument(
                 "$$$/Halcyon/TrHost/Line/ScriptMissing=script FILE, -e CODE or --repl is required");
