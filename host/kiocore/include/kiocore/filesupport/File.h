@@ -16,8 +16,8 @@ public:
     explicit File(utility::UTF16String inPath);
 
     const utility::UTF16String& FullPath() const noexcept { return mPath; }
-    /// What follows the last dot of the name, which is not its first character: "png" of "still.PNG.png". As it
-    /// stands, in small or capital letters; empty when there is none.
+    /// What follows the last dot of the name, which is not its first character: "png" of "still.PNG.png". As
+    /// it stands, in small or capital letters; empty when there is none.
     utility::UTF16String GetExtension(bool inWithDot) const;
     /// A folder is no file; symbolic links are followed.
     bool Exists() const;
