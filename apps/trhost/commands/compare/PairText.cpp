@@ -19,6 +19,13 @@ std::string Short(double inNumber)
     return text;
 }
 
+/// Never "100" where a pixel is left that does not differ.
+std::string ShortPercent(double inPercent)
+{
+    const std::string text = Short(inPercent);
+    return text == "100" && inPercent < 100 ? "> 99.9" : text;
+}
+
 std::string Decibels(double inPSNR)
 {
     char text[40];
@@ -76,7 +83,7 @@ UTF16String DescribeDifference(const PairNames& inNames, const PairResult& inRes
         "height, @8, @9: left and top}",
         {Called(inNames), DecimalText(inResult.difference.numDiffPixels),
          DecimalText(std::uint64_t(inResult.width) * inResult.height),
-         ToUTF16(Short(inResult.DifferingPercent())), ToUTF16(Short(double(inResult.difference.variance))),
+         ToUTF16(ShortPercent(inResult.DifferingPercent())), ToUTF16(Short(double(inResult.difference.variance))),
          ToUTF16(LargestText(inResult)), DecimalText(details.width), DecimalText(details.height),
          DecimalText(details.left), DecimalText(details.top)});
     if (std::isfinite(details.psnr)) {
