@@ -109,7 +109,7 @@ void Run(Context& ioContext, const ScriptOptions& inOptions, kioscripting::IScri
 {
     const Source source = SourceOf(inOptions);
     if (!inOptions.code) {
-        ioEngine.Evaluate(source.text, source.file);
+        ioEngine.Execute(source.text, source.file);
         return;
     }
     const std::string value = ioEngine.EvaluateToText(source.text, source.file);

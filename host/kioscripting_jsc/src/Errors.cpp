@@ -21,6 +21,12 @@ JSValueRef MakeError(Runtime& inRuntime, const char* inKind, const std::string& 
                            inCode ? JSValueMakeNumber(context, *inCode) : JSValueMakeUndefined(context)});
 }
 
+/// What the host wants to be told of a native's exception.
+std::string Told(const Runtime& inRuntime, const std::exception& inError)
+{
+    return inRuntime.settings.tellError ? inRuntime.settings.tellError(inError) : inError.what();
+}
+
 JSValueRef Translated(Runtime& inRuntime)
 {
     try {
@@ -32,11 +38,11 @@ JSValueRef Translated(Runtime& inRuntime)
     } catch (const WrongUse& error) {
         return MakeError(inRuntime, "TypeError", error.what(), std::nullopt);
     } catch (const kiocore::kio_exception& error) {
-        return MakeError(inRuntime, "Error", error.what(), error.Code());
+        return MakeError(inRuntime, "Error", Told(inRuntime, error), error.Code());
     } catch (const std::bad_alloc&) {
         return MakeError(inRuntime, "Error", "Out of memory", kiocore::kError_Generic);
     } catch (const std::exception& error) {
-        return MakeError(inRuntime, "Error", error.what(), kiocore::kError_Generic);
+        return MakeError(inRuntime, "Error", Told(inRuntime, error), kiocore::kError_Generic);
     } catch (const boost::exception& error) {
         return MakeError(inRuntime, "Error", boost::diagnostic_information(error), kiocore::kError_Generic);
     } catch (...) {

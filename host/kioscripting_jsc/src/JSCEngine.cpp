@@ -76,6 +76,12 @@ public:
         return Translated([&] { return ToNative(mRuntime, Run(inSource, inFile, inFirstLine)); });
     }
 
+    void Execute(std::string_view inSource, const std::string& inFile) override
+    {
+        KIO_HOST_CALL("kioscripting::Execute", inFile);
+        Translated([&] { Run(inSource, inFile, 1); });
+    }
+
     std::string EvaluateToText(std::string_view inSource, const std::string& inFile) override
     {
         KIO_HOST_CALL("kioscripting::EvaluateToText", inFile);

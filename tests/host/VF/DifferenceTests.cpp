@@ -174,6 +174,15 @@ TEST(Difference, EveryFormatAndWidthIsComparedToTheLetter)
                     return;
                 }
             }
+            if (!IsYUV(named.format)) {
+                SCOPED_TRACE("in place of the second");
+                VF::DifferenceDetails details;
+                const VF::ComputedDifference result =
+                    ComputeDifferenceImages(first, second, second, tolerance, &details);
+                ExpectSame(result, details, expected);
+                ExpectPainted(second, expected);
+                EXPECT_TRUE(second->PaddingIsIntact());
+            }
         }
     }
 }
@@ -357,6 +366,9 @@ TEST(Difference, RefusesWhatCannotBeCompared)
     const IVideoFrameRef wide = MakeAlignedFrame(kPixelFormat_BGRA_4444_8u, 5, 4);
     const IVideoFrameRef shared = MakeAlignedFrame(kPixelFormat_BGRA_4444_8u, 4, 4);
     shared->PrepareForSharing();
+    const IVideoFrameRef argb = MakeAlignedFrame(kPixelFormat_ARGB_4444_8u, 4, 4);
+    const IVideoFrameRef planes = MakeAlignedFrame(kPixelFormat_YUV_420_8u_Planar, 4, 4);
+    const IVideoFrameRef otherPlanes = MakeAlignedFrame(kPixelFormat_YUV_420_8u_Planar, 4, 4);
     IVideoFrameRef bare;
     ASSERT_TRUE(VF::CreateVideoFrame(bare, kPixelFormat_BGRA_4444_8u, 4, 4, {1, 1}, false, false));
     const IVideoFrameRef none;
@@ -374,7 +386,10 @@ TEST(Difference, RefusesWhatCannotBeCompared)
         {"another width", frame, wide, none, 0, VF::kDifference_SizesDiffer},
         {"painted wider", frame, other, wide, 0, VF::kDifference_BadPicture},
         {"painted shared", frame, other, shared, 0, VF::kDifference_BadPicture},
-        {"painted over the second", frame, other, other, 0, VF::kDifference_BadPicture},
+        {"painted over the first", frame, other, frame, 0, VF::kDifference_BadPicture},
+        {"painted over one that is shared", frame, shared, shared, 0, VF::kDifference_BadPicture},
+        {"painted over another format", frame, argb, argb, 0, VF::kDifference_BadPicture},
+        {"painted over shared chroma", planes, otherPlanes, otherPlanes, 0, VF::kDifference_BadPicture},
         {"less than nothing", frame, other, none, -0.001f, VF::kDifference_BadTolerance},
         {"more than all", frame, other, none, 1.001f, VF::kDifference_BadTolerance},
         {"no number", frame, other, none, std::nanf(""), VF::kDifference_BadTolerance},

@@ -69,6 +69,12 @@ MF::IVideoFrameRef MakeDifferenceFrame(const MF::IVideoFrameRef& inA, const MF::
     return frame;
 }
 
+bool CanHoldDifference(const MF::IVideoFrameRef& inA, const MF::IVideoFrameRef& inB)
+{
+    const PixelFormat format = inB->GetPixelFormat();
+    return inA->GetPixelFormat() == format && !IsYUV(format) && DepthOf(format) != PixelDepth::k32Float;
+}
+
 void WriteDifference(const MF::IVideoFrameRef& inPicture, const PairResult& inResult, float inTolerance,
                      const UTF16String& inPath)
 {

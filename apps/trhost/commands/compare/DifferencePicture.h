@@ -9,6 +9,8 @@ namespace trhost::compare {
 /// A frame that the difference of two pictures can be painted in: as deep as a PNG of the deeper one.
 /// @throws Failure (kExit_Failed).
 MF::IVideoFrameRef MakeDifferenceFrame(const MF::IVideoFrameRef& inA, const MF::IVideoFrameRef& inB);
+/// Whether the second of two frames may be painted over with their difference, which saves a third.
+bool CanHoldDifference(const MF::IVideoFrameRef& inA, const MF::IVideoFrameRef& inB);
 
 /// Writes the picture in one step, with the figures as notes in it. Missing folders are made.
 /// @throws Failure (kExit_Failed); nothing has changed on disk then.

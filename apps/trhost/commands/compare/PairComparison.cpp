@@ -98,7 +98,9 @@ void Compare(const PairRequest& inRequest, PairResult& ioResult)
     MF::IVideoFrameRef picture;
     // One frame for both: their files are the same to the byte, and there is nothing to paint.
     if ((!inRequest.differencePath.empty() || inRequest.wantsPictures) && frames.a != frames.b) {
-        picture = MakeDifferenceFrame(frames.a, frames.b);
+        // The second picture is not needed any more unless a report shows it.
+        const bool isInPlace = !inRequest.wantsPictures && CanHoldDifference(frames.a, frames.b);
+        picture = isInPlace ? frames.b : MakeDifferenceFrame(frames.a, frames.b);
     }
     ioResult.difference =
         VF::ComputeDifferenceImages(frames.a, frames.b, picture, inRequest.tolerance, &ioResult.details);

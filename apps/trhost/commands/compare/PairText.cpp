@@ -77,15 +77,16 @@ UTF16String Called(const PairNames& inNames)
 UTF16String DescribeDifference(const PairNames& inNames, const PairResult& inResult)
 {
     const VF::DifferenceDetails& details = inResult.details;
-    UTF16String line = Text(
-        "$$$/Halcyon/TrHost/Compare/Different=@0: different: @1 of @2 pixels (@3 %), variance @4 %, "
-        "largest difference @5, within @6 x @7 at (@8, @9)#{@5: such as 17/255, @6, @7: width and "
-        "height, @8, @9: left and top}",
-        {Called(inNames), DecimalText(inResult.difference.numDiffPixels),
-         DecimalText(std::uint64_t(inResult.width) * inResult.height),
-         ToUTF16(ShortPercent(inResult.DifferingPercent())), ToUTF16(Short(double(inResult.difference.variance))),
-         ToUTF16(LargestText(inResult)), DecimalText(details.width), DecimalText(details.height),
-         DecimalText(details.left), DecimalText(details.top)});
+    UTF16String line =
+        Text("$$$/Halcyon/TrHost/Compare/Different=@0: different: @1 of @2 pixels (@3 %), variance @4 %, "
+             "largest difference @5, within @6 x @7 at (@8, @9)#{@5: such as 17/255, @6, @7: width and "
+             "height, @8, @9: left and top}",
+             {Called(inNames), DecimalText(inResult.difference.numDiffPixels),
+              DecimalText(std::uint64_t(inResult.width) * inResult.height),
+              ToUTF16(ShortPercent(inResult.DifferingPercent())),
+              ToUTF16(Short(double(inResult.difference.variance))), ToUTF16(LargestText(inResult)),
+              DecimalText(details.width), DecimalText(details.height), DecimalText(details.left),
+              DecimalText(details.top)});
     if (std::isfinite(details.psnr)) {
         line += Text("$$$/Halcyon/TrHost/Compare/PSNR=, PSNR @0 dB", {ToUTF16(Decibels(details.psnr))});
     }

@@ -25,7 +25,7 @@ enum DifferenceStatus : std::uint32_t {
     kDifference_SizesDiffer = 0xA3EC0002, ///< in width or height
     kDifference_NoMemory = 0xA3EC0003,    ///< for a converted copy, or the difference picture
     kDifference_BadPicture = 0xA3EC0004, ///< the difference picture has another size, is shared, or is one of
-                                         ///< the two
+                                         ///< the two where it must not be
     kDifference_BadTolerance = 0xA3EC0005, ///< not a number from 0 to 1
 };
 
@@ -67,7 +67,9 @@ struct DifferenceDetails {
 /// The results do not depend on the processor or on how many threads took part.
 ///
 /// @param outDifference  made with CreateVideoFrame, of the same size, in any format; gets its memory here.
-///     May be empty: nothing is painted. Holds anything after a failure.
+///     May be empty: nothing is painted. May be inCompareFrame itself where both are of one RGB format and it
+///     is not shared: its pixels are replaced, which saves the memory of a third frame. Holds anything after
+///     a failure.
 /// @param inTolerance  of full scale, 0 to 1. Differences are rounded to single precision to be compared with
 ///     it, so k / 255.0f tolerates k steps of 8 bits.
 /// @param outDetails  may be null. Set on success.

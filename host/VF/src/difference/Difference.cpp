@@ -124,8 +124,14 @@ Refusal FrameComparison::CheckDifference() const
     if (!mDifference) {
         return {};
     }
-    if (mDifference == mFirst || mDifference == mSecond) {
-        return {kDifference_BadPicture, "the difference picture is one of the two"};
+    if (mDifference == mFirst) {
+        return {kDifference_BadPicture, "the difference picture is the first of the two"};
+    }
+    // Pixels of YUV share chroma, which one of them would paint over before the next is compared.
+    const PixelFormat format = mSecond->GetPixelFormat();
+    if (mDifference == mSecond && (IsYUV(format) || format != mFirst->GetPixelFormat())) {
+        return {kDifference_BadPicture,
+                "the difference picture is the second of the two, and they are not of one RGB format"};
     }
     if (mDifference->GetWidth() != mFirst->GetWidth() || mDifference->GetHeight() != mFirst->GetHeight()) {
         return {kDifference_BadPicture, "the difference picture is " + FormOf(mDifference) + ", expected " +

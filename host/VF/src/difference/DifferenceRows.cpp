@@ -239,20 +239,25 @@ bool PixelDiffers(const T* inFirst, const T* inSecond, std::uint32_t inTolerance
     return false;
 }
 
-/// From the steps that hold the first and the last differing pixel to these.
-template <typename T>
-void FindEnds(const T* inFirst, const T* inSecond, std::uint32_t inPixels, std::uint32_t inTolerance,
-              std::uint32_t inStepPixels, RowDifference& ioResult)
+/// Whether something was painted there: no pixel that differs becomes black.
+template <typename T, bool kAlphaFirst>
+bool PixelIsPainted(const T* inPainted)
 {
-    const auto differs = [&](std::uint32_t inPixel) {
-        return PixelDiffers(inFirst + std::size_t{inPixel} * 4, inSecond + std::size_t{inPixel} * 4,
-                            inTolerance);
-    };
-    while (!differs(ioResult.first)) {
+    const T* const color = inPainted + (kAlphaFirst ? 1 : 0);
+    return (color[0] | color[1] | color[2]) != 0;
+}
+
+/// From the steps that hold the first and the last differing pixel to these.
+/// @param inDiffers  says so of a pixel.
+template <typename Differs>
+void FindEnds(std::uint32_t inPixels, std::uint32_t inStepPixels, const Differs& inDiffers,
+              RowDifference& ioResult)
+{
+    while (!inDiffers(ioResult.first)) {
         ++ioResult.first;
     }
     ioResult.last = std::min(ioResult.last + inStepPixels, inPixels) - 1;
-    while (!differs(ioResult.last)) {
+    while (!inDiffers(ioResult.last)) {
         --ioResult.last;
     }
 }
@@ -332,7 +337,17 @@ RowDifference CompareRow(const T* inFirst, const T* inSecond, std::uint32_t inPi
     result.pixels = looked - static_cast<std::uint32_t>(SumOf(pixelTag, equal));
     result.largest = static_cast<float>(LargestOf(d, largest));
     if (any) {
-        FindEnds(inFirst, inSecond, inPixels, inTolerance, stepPixels, result);
+        FindEnds(
+            inPixels, stepPixels,
+            [&](std::uint32_t inPixel) {
+                const std::size_t at = std::size_t{inPixel} * 4;
+                if constexpr (kPainting != Painting::kNone) {
+                    return PixelIsPainted<T, kAlphaFirst>(outPainted + at); // perhaps in place of the second
+                } else {
+                    return PixelDiffers(inFirst + at, inSecond + at, inTolerance);
+                }
+            },
+            result);
     }
     return result;
 }

@@ -54,7 +54,7 @@ public:
         : mForm(inComparison.form), mWidth(inComparison.first.width), mTolerance(inComparison.tolerance),
           mCodes(ToleranceInCodes(mTolerance, mForm == kPixelFormat_BGRA_4444_16u ? 65535 : 255)),
           mFirst(inComparison.first, mForm), mSecond(inComparison.second, mForm),
-          mPainted(inComparison.painted, mForm, mWidth)
+          mPainted(inComparison.painted, mForm, mWidth, inComparison.IsPaintedInPlace())
     {}
 
     RowDifference Compare(std::uint32_t inRow) override
@@ -89,7 +89,8 @@ private:
 
 } // namespace
 
-PaintedRows::PaintedRows(const DestinationPicture* inPainted, PixelFormat inForm, std::uint32_t inWidth)
+PaintedRows::PaintedRows(const DestinationPicture* inPainted, PixelFormat inForm, std::uint32_t inWidth,
+                         bool inIsInPlace)
     : mPainted(inPainted)
 {
     if (!inPainted) {
@@ -105,7 +106,7 @@ PaintedRows::PaintedRows(const DestinationPicture* inPainted, PixelFormat inForm
         return;
     }
     const auto& plane = inPainted->planes[0];
-    if (std::uint64_t{plane.rowBytes} * inPainted->height >= kStreamedBytes &&
+    if (!inIsInPlace && std::uint64_t{plane.rowBytes} * inPainted->height >= kStreamedBytes &&
         reinterpret_cast<std::uintptr_t>(plane.pixels) % kStreamedAlignment == 0 &&
         plane.rowBytes % kStreamedAlignment == 0) {
         mPainting = Painting::kStreamed;

@@ -16,6 +16,8 @@ struct Comparison {
     float tolerance = 0;
     /// The same size, in the form or in RGB; null: nothing is painted.
     const DestinationPicture* painted = nullptr;
+
+    bool IsPaintedInPlace() const { return painted && painted->planes[0].pixels == second.planes[0].pixels; }
 };
 
 /// Compares and paints rows, with lines of its own between the steps.
@@ -42,8 +44,9 @@ std::uint32_t ToleranceInCodes(float inTolerance, std::uint32_t inMost);
 class PaintedRows {
 public:
     /// @param inForm  BGRA or ARGB.
-    PaintedRows(const DestinationPicture* inPainted, kiomediatypes::PixelFormat inForm,
-                std::uint32_t inWidth);
+    /// @param inIsInPlace  the rows were read just now, so they lie in the cache.
+    PaintedRows(const DestinationPicture* inPainted, kiomediatypes::PixelFormat inForm, std::uint32_t inWidth,
+                bool inIsInPlace = false);
     ~PaintedRows();
 
     Painting How() const { return mPainting; }

@@ -77,6 +77,8 @@ public:
     /// @throws script_exception, also for a promise that was rejected and nobody looked, and for a value that
     /// never is settled.
     virtual Value Evaluate(std::string_view inSource, const std::string& inFile, int inFirstLine = 1) = 0;
+    /// The same for a script whose value is nobody's business, and may be one that natives have no use for.
+    virtual void Execute(std::string_view inSource, const std::string& inFile) = 0;
     /// The same, but answers with the value as a person at a prompt wants to see it: `{ a: 1 }`, `"text"`.
     virtual std::string EvaluateToText(std::string_view inSource, const std::string& inFile) = 0;
     /// Whether a text at a prompt is an incomplete script, so that more lines are wanted.

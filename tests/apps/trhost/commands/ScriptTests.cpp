@@ -12,6 +12,7 @@ namespace trhosttest {
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -85,6 +86,10 @@ TEST_F(ScriptCommand, EvaluatesAndSaysHowItEnded)
         {"read-only", "'use strict'; host.version = 1", 3, "", "TypeError"},
         {"too few arguments", "files.read()", 3, "", "Files.read: expected (path), found 0 arguments"},
         {"of the wrong type", "files.read(5)", 3, "", "expected a string, found number"},
+        {"in the reader's words",
+         "try { media.open(" + Quoted("script.js") + ") } catch (e) { console.log(e.message) }", 0,
+         "script.js", ""},
+        {"a last value that nobody else could hold", "const o = {}; o.o = o", 0, "", ""},
         {"descriptions", "console.log(describe('Halcyon.TRFoundation.FilterModule'))", 0,
          "Returns the display name for the filter", ""},
     };
@@ -94,6 +99,7 @@ TEST_F(ScriptCommand, EvaluatesAndSaysHowItEnded)
         EXPECT_EQ(run.status, test.status) << run.err;
         EXPECT_THAT(run.out, HasSubstr(test.out));
         EXPECT_THAT(run.err, HasSubstr(test.err));
+        EXPECT_THAT(run.out + run.err, Not(HasSubstr("$$$"))) << "a text that was not told";
     }
     EXPECT_EQ(Run({"-e", "6 * 7"}).out, "42\n");
     EXPECT_EQ(mPlace.Run({"--json", "script", "-e", "console.log('a'); 'b'"}).out,
