@@ -64,7 +64,9 @@ function(project_library name)
     target_include_directories(${name}
         PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${PROJECT_INSTALL_INCLUDEDIR}>)
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE} $<BUILD_INTERFACE:project_options>)
-    project_shared_headers(${name})
+    if(COMMAND project_shared_headers)
+        project_shared_headers(${name})
+    endif()
     if(NOT PROJECT_SANITIZERS)
         target_link_options(${name} PRIVATE -Wl,-z,defs)  # a sanitizer's runtime lives in the program
     endif()
