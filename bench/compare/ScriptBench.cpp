@@ -1,5 +1,7 @@
 #include "CompareBench.h"
 
+#include "Processes.h"
+
 #include "support/Interleaved.h"
 
 #include <JavaScriptCore/JavaScript.h>
@@ -11,6 +13,7 @@ namespace {
 
 constexpr std::size_t kReads = 100000;
 constexpr std::size_t kPairs = 41;
+constexpr std::size_t kStarts = 31;
 
 class Reading : public kioscripting::ScriptObject {
 public:
@@ -68,6 +71,19 @@ private:
     JSGlobalContextRef mContext;
 };
 
+/// Whole processes: the engine alone in one that does nothing else, and `trhost script -e 1`.
+void PrintStart()
+{
+    const ScratchFolder state;
+    const auto cost = [](const std::vector<std::string>& inCommand) {
+        return RunProcess(inCommand).cpuNanoseconds;
+    };
+    const auto floor = [&] { return cost({BARE_ENGINE_PROGRAM}); };
+    const auto ours = [&] { return cost({TRHOST_PROGRAM, "--state", state.Path(), "script", "-e", "1"}); };
+    PrintHeader("Start of a process that evaluates 1; the floor links the engine alone");
+    PrintRow("trhost script -e 1", Compare(floor, ours, kStarts, 1), 1.5, "ms");
+}
+
 std::string Loop(const std::string& inOperation)
 {
     return "for (let i = 0; i < count; ++i) " + inOperation;
@@ -77,6 +93,7 @@ std::string Loop(const std::string& inOperation)
 
 void BenchScript()
 {
+    PrintStart(); // while this process is small
     const auto engine = kioscripting_jsc::MakeEngine({});
     BareEngine bare;
     const std::string define = "function run(count) { ";
@@ -92,7 +109,7 @@ void BenchScript()
         {"read a text", "sink = r.text;", 3},
         {"read a text that changes", "sink = r.newText;", 0},
         {"call a method with a number", "sink = r.add(1);", 0},
-        {"make an object", "sink = new Bench.Reading();", 0},
+        {"make an object, every tenth time", "if (i % 10 === 0) sink = new Bench.Reading();", 0},
     };
     for (const auto& row : kRows) {
         engine->Evaluate("var sink; var r = new Bench.Reading(); " + define + Loop(row.operation) + " }; 0",

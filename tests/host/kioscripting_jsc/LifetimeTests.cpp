@@ -15,8 +15,8 @@ TEST(ScriptLifetime, NativesAreLetGoWithTheEngineWhateverHoldsThem)
         "const l = new Acme.Sound.Level(); l.own = l.twin; l.twin.back = l; globalThis.l2 = l",
         "globalThis.p = new Promise(() => {}); p.l = new Acme.Sound.Level(); 0",
         "const w = new WeakMap(); const k = {}; w.set(k, new Acme.Sound.Level()); globalThis.wk = [w, k]; 0",
-        "function* g() { const l = new Acme.Sound.Level(); yield l; yield l } globalThis.i = g(); i.next(); "
-        "0",
+        ("function* g() { const l = new Acme.Sound.Level(); yield l; yield l } globalThis.i = g(); i.next(); "
+         "0"),
         "for (let i = 0; i < 20000; ++i) new Acme.Sound.Level(i).label; 0",
     };
     for (const char* const leak : kLeaks) {
